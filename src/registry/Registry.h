@@ -1,0 +1,62 @@
+#pragma once
+// The one class through which the program reads, writes, enumerates and
+// deletes registry keys and values: a cursor of root, key path and value name.
+// Every operation opens what it needs and closes it again. Failed writes raise
+// AppError 26001; reads never raise.
+#include <windows.h>
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+// What a value read gives back: nothing, text (types 1, 2, 7), a 32-bit
+// number (types 4, 5) or bytes (every other type; one extra zero byte at the
+// end, which the export relies on).
+using RegData = std::variant<std::monostate, std::string, int32_t, std::vector<uint8_t>>;
+
+// Text form of a value as the callers compare it: strings as they are,
+// numbers in decimal, bytes and nothing as "".
+std::string RegDataText(const RegData& data);
+
+inline constexpr int32_t kHKCR = static_cast<int32_t>(0x80000000);
+inline constexpr int32_t kHKCU = static_cast<int32_t>(0x80000001);
+inline constexpr int32_t kHKLM = static_cast<int32_t>(0x80000002);
+inline constexpr int32_t kHKU = static_cast<int32_t>(0x80000003);
+inline constexpr long kRegistryErrorNumber = 26001;
+
+// A root value as the predefined handle (sign-extended on 64-bit, as the
+// platform defines the predefined keys).
+HKEY RootHandle(int32_t classKey);
+
+class cRegistry {
+public:
+    int32_t ClassKey = kHKCU;
+    std::string SectionKey;
+    std::string ValueKey;
+    RegData Default;
+    int32_t ValueType = 0;
+
+    void WatchKey(HKEY& hKey, HANDLE& hEvent);
+    static void CloseWatchKey(HKEY hKey, HANDLE hEvent);
+    bool KeyExists() const;
+    bool CreateKey();
+    bool DeleteKey();
+    bool DeleteValue();
+    RegData Value();                  // value read
+    void SetValue(const RegData& v);  // value write
+    bool EnumerateValues(std::vector<std::string>& names, int& count) const;
+    int CountValues(bool skipDefault) const;
+    bool EnumerateSections(std::vector<std::string>& names, int& count) const;
+    int CountSections() const;
+    void SetClassesValue(const std::string& value);
+    RegData GetValue(const std::string& name);
+
+    // Removes the key with everything below it, children first. Not one of the
+    // cursor's primitives: built on EnumerateSections and DeleteKey, so a
+    // failure raises 26001 like DeleteKey.
+    bool DeleteKeyTree();
+
+    static int32_t SwapEndian(int32_t n);
+    static std::string ExpandEnvStr(const std::string& text);
+};

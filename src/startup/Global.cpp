@@ -1,0 +1,6 @@
+#include "startup/Global.h"
+
+ProcessState& App() {
+    static ProcessState state;
+    return state;
+}

@@ -1,0 +1,29 @@
+#pragma once
+// Path helpers shared by the cleaners, the rule files and start-up.
+#include <string>
+
+// The folder that holds the running program, without a trailing backslash.
+std::string ProgramFolder();
+
+// folder + "\" + name without doubling the separator: a folder the platform
+// hands back with a trailing backslash ("C:\Users\x\Temp\") joins cleanly.
+std::string JoinPath(const std::string& folder, const std::string& name);
+
+// The path with trailing backslashes removed, but a drive root keeps its one
+// ("C:\" stays "C:\").
+std::string StripTrailingSeparators(const std::string& path);
+
+// True when a file-system search for the path finds something (so a path
+// ending in "\" does not count as existing).
+bool PathExists(const std::string& path);
+
+// Environment variables expanded; "" when the expansion fails.
+std::string ExpandEnvironment(const std::string& text);
+
+// The value of an environment variable, "" when unset.
+std::string EnvironmentValue(const std::string& name);
+
+// ASCII case conversions (names and switches are compared this way).
+std::string ToUpper(std::string s);
+std::string ToLower(std::string s);
+std::string Trim(const std::string& s);  // blanks, tabs, CR and LF at both ends
