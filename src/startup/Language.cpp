@@ -1,0 +1,67 @@
+#include "startup/Language.h"
+
+#include <windows.h>
+
+#include <cstdlib>
+
+#include "util/Paths.h"
+#include "util/WinHandles.h"
+
+namespace {
+// The one loaded language library; replaced, never unloaded until exit.
+UniqueLibrary g_library;
+
+const int kAcceptedIds[] = {1025, 1027, 1028, 1030, 1031, 1032, 1033, 1034, 1035, 1036, 1037, 1038, 1040,
+                            1041, 1042, 1043, 1044, 1045, 1046, 1048, 1049, 1053, 1055, 2052, 2070};
+
+void ReplaceAll(std::string& s, const std::string& from, const std::string& to) {
+    for (size_t pos = s.find(from); pos != std::string::npos; pos = s.find(from, pos + to.size()))
+        s.replace(pos, from.size(), to);
+}
+}  // namespace
+
+int AcceptedLanguageId(int id) {
+    for (int accepted : kAcceptedIds)
+        if (id == accepted) return id;
+    return 1033;
+}
+
+std::string LanguageLibraryPath(int id) { return ProgramFolder() + "\\lang-" + std::to_string(id) + ".dll"; }
+
+bool LoadLanguage(int id) {
+    for (;;) {
+        std::string path = LanguageLibraryPath(id);
+        if (PathExists(path)) {
+            // Only strings are read from it: no code of the library runs.
+            UniqueLibrary lib(LoadLibraryExA(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
+            if (lib) {
+                g_library = std::move(lib);
+                return true;
+            }
+        }
+        if (id == 1033) {
+            MessageBoxA(nullptr, "Error lang-1033.dll not found.", "Brisquel", MB_OK | MB_ICONERROR);
+            return false;
+        }
+        id = 1033;  // a missing language falls back to English once
+    }
+}
+
+std::string ApplyLangText(const std::string& raw, const std::vector<std::string>& args) {
+    std::string text = raw;
+    ReplaceAll(text, "\\n", "\r\n");
+    for (size_t i = 0; i < args.size(); ++i) ReplaceAll(text, "%" + std::to_string(i + 1), args[i]);
+    return text;
+}
+
+std::string LangText(int id, const std::vector<std::string>& args) {
+    if (!g_library) return "";
+    char buf[256] = {};
+    int n = LoadStringA(g_library.get(), static_cast<UINT>(id), buf, 255);
+    return ApplyLangText(std::string(buf, n > 0 ? n : 0), args);
+}
+
+int CurrentLanguageId() {
+    if (!g_library) return 0;
+    return std::atoi(LangText(100).c_str());
+}

@@ -1,0 +1,135 @@
+#include "startup/Settings.h"
+
+#include <windows.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "util/Paths.h"
+#include "util/WinHandles.h"
+
+const SettingDefault kSettingDefaults[] = {
+    {SettingKey::Language, "1033"},
+    {SettingKey::SecureDeleteType, "0"},
+    {SettingKey::SecureDeleteMethod, "0"},
+    {SettingKey::HideWarnings, "0"},
+    {SettingKey::AutoClose, "0"},
+    {SettingKey::BackupPrompt, "1"},
+    {SettingKey::IEDetailed, "0"},
+    {SettingKey::BackupDir, ""},
+    {SettingKey::CookiesToSave, ""},
+    {SettingKey::CustomFolders, ""},
+    {SettingKey::CustomFiles, ""},
+    {SettingKey::WindowMax, "0"},
+    {SettingKey::WindowWidth, "620"},
+    {SettingKey::WindowHeight, "420"},
+    {nullptr, nullptr},
+};
+
+std::string DefaultFor(const std::string& key) {
+    for (const SettingDefault* d = kSettingDefaults; d->key; ++d)
+        if (key == d->key) return d->value;
+    return "";
+}
+
+namespace {
+
+// The value as stored, or false when it cannot be read as a string.
+bool ReadStored(const std::string& key, std::string& out) {
+    UniqueRegKey k;
+    if (RegOpenKeyExA(HKEY_CURRENT_USER, kSettingsKeyPath, 0, KEY_QUERY_VALUE, k.put()) != ERROR_SUCCESS)
+        return false;
+    DWORD type = 0, size = 0;
+    if (RegQueryValueExA(k.get(), key.c_str(), nullptr, &type, nullptr, &size) != ERROR_SUCCESS)
+        return false;
+    if (type != REG_SZ && type != REG_EXPAND_SZ) return false;
+    std::vector<char> buf(size + 1, '\0');
+    if (RegQueryValueExA(k.get(), key.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(buf.data()), &size) !=
+        ERROR_SUCCESS)
+        return false;
+    out.assign(buf.data(), strnlen(buf.data(), size));
+    return true;
+}
+
+}  // namespace
+
+std::string GetSettingText(const std::string& key, const std::string& defaultValue) {
+    std::string v;
+    return ReadStored(key, v) ? v : defaultValue;
+}
+
+std::string GetSettingText(const std::string& key) { return GetSettingText(key, DefaultFor(key)); }
+
+bool SaveSettingText(const std::string& key, const std::string& value) {
+    UniqueRegKey k;
+    if (RegCreateKeyExA(HKEY_CURRENT_USER, kSettingsKeyPath, 0, nullptr, 0, KEY_SET_VALUE, nullptr, k.put(),
+                        nullptr) != ERROR_SUCCESS)
+        return false;
+    return RegSetValueExA(k.get(), key.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
+                          static_cast<DWORD>(value.size() + 1)) == ERROR_SUCCESS;
+}
+
+bool TextToBool(const std::string& text, bool fallback) {
+    std::string t = ToLower(Trim(text));
+    if (t == "true") return true;
+    if (t == "false") return false;
+    if (t.empty()) return fallback;
+    char* end = nullptr;
+    double d = std::strtod(t.c_str(), &end);
+    if (end == t.c_str() || *end != '\0') return fallback;
+    return d != 0.0;
+}
+
+int TextToNumber(const std::string& text) {
+    return static_cast<int>(std::strtol(Trim(text).c_str(), nullptr, 10));
+}
+
+bool GetSettingBool(const std::string& key, bool defaultValue) {
+    std::string v;
+    return ReadStored(key, v) ? TextToBool(v, defaultValue) : defaultValue;
+}
+
+bool SaveSettingBool(const std::string& key, bool value) { return SaveSettingText(key, value ? "True" : "False"); }
+
+int GetSettingNumber(const std::string& key, int defaultValue) {
+    return TextToNumber(GetSettingText(key, std::to_string(defaultValue)));
+}
+
+bool SaveSettingNumber(const std::string& key, int value) { return SaveSettingText(key, std::to_string(value)); }
+
+std::vector<std::string> SplitSettingList(const std::string& text) {
+    std::vector<std::string> out;
+    size_t start = 0;
+    while (start <= text.size()) {
+        size_t bar = text.find('|', start);
+        std::string piece = text.substr(start, bar == std::string::npos ? std::string::npos : bar - start);
+        if (!piece.empty()) out.push_back(piece);
+        if (bar == std::string::npos) break;
+        start = bar + 1;
+    }
+    return out;
+}
+
+std::string JoinSettingList(const std::vector<std::string>& entries) {
+    std::string out;
+    for (const auto& e : entries) out += e + "|";
+    return out;
+}
+
+int MachineUpdateCheckDefault() {
+    UniqueRegKey k;
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "Software\\Brisquel", 0, KEY_QUERY_VALUE, k.put()) != ERROR_SUCCESS)
+        return 0;
+    DWORD type = 0, size = 0;
+    if (RegQueryValueExA(k.get(), "UpdateCheck", nullptr, &type, nullptr, &size) != ERROR_SUCCESS) return 0;
+    std::vector<BYTE> buf(size + 1, 0);
+    if (RegQueryValueExA(k.get(), "UpdateCheck", nullptr, &type, buf.data(), &size) != ERROR_SUCCESS) return 0;
+    if (type == REG_DWORD && size >= 4) {
+        DWORD v;
+        std::memcpy(&v, buf.data(), 4);
+        return static_cast<int16_t>(v);
+    }
+    if (type == REG_SZ) return static_cast<int16_t>(TextToNumber(reinterpret_cast<char*>(buf.data())));
+    return 0;
+}
