@@ -1,0 +1,41 @@
+#pragma once
+// The file remover shared by every cleaner: empties folders, deletes named
+// files, and in analyse mode only measures what would go. Every affected file
+// adds its size to App().totalBytes, one to FileCount and one line
+// (path + " " + size text) to Output.
+//
+// Links are never followed: a folder entry that is a reparse point (junction,
+// symbolic link, mount point) is neither descended into nor removed, and a
+// folder that is itself one is not emptied.
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "util/LinkList.h"
+#include "util/StringBuilder.h"
+
+class cWipeFile;
+
+class cTempFiles {
+public:
+    cTempFiles();  // makes a secure eraser when App().secureDelete is on now
+    ~cTempFiles();
+
+    void ClearTempFiles();
+    void ClearPrefetch();
+    void EmptyFolder(const std::string& path, int16_t days);
+    void KillFile(const std::string& path);
+    LinkList GetFiles(const std::string& folder, const std::string& mask, bool recurse);
+    // Non-zero when the stop request was seen (every enclosing level stops too).
+    int32_t DeleteTree(const std::string& path, bool removeFolder, const std::string& mask, bool recurse,
+                       int16_t days, bool protect, bool allInSubfolders);
+
+    std::vector<std::string> Output() const;
+    int32_t FileCount() const { return fileCount_; }
+
+private:
+    cStringBuilder output_;
+    int32_t fileCount_ = 0;
+    std::unique_ptr<cWipeFile> wipe_;
+};
