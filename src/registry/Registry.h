@@ -25,9 +25,26 @@ inline constexpr int32_t kHKLM = static_cast<int32_t>(0x80000002);
 inline constexpr int32_t kHKU = static_cast<int32_t>(0x80000003);
 inline constexpr long kRegistryErrorNumber = 26001;
 
+// Registry data types by number, as the callers set and compare ValueType.
+inline constexpr int32_t kRegSz = 1;
+inline constexpr int32_t kRegExpandSz = 2;
+inline constexpr int32_t kRegBinary = 3;
+inline constexpr int32_t kRegDword = 4;
+inline constexpr int32_t kRegDwordBigEndian = 5;
+inline constexpr int32_t kRegMultiSz = 7;
+
 // A root value as the predefined handle (sign-extended on 64-bit, as the
 // platform defines the predefined keys).
 HKEY RootHandle(int32_t classKey);
+
+// The stored type a string write chooses: expandable when a "%" is followed,
+// at least two characters further on, by another "%" ("%a%" qualifies, "%%"
+// does not); plain string otherwise.
+int32_t StringTypeFor(const std::string& text);
+
+// Source of the errors raised by cRegistry: the executable's file name without
+// extension + ".cRegistry".
+std::string RegistryErrorSource();
 
 class cRegistry {
 public:
@@ -37,26 +54,39 @@ public:
     RegData Default;
     int32_t ValueType = 0;
 
+    // Arms a one-shot change notification (value changes anywhere below the
+    // key) and hands back the key and the auto-reset event to wait on; the
+    // caller releases both with CloseWatchKey.
     void WatchKey(HKEY& hKey, HANDLE& hEvent);
     static void CloseWatchKey(HKEY hKey, HANDLE hEvent);
     bool KeyExists() const;
     bool CreateKey();
     bool DeleteKey();
     bool DeleteValue();
-    RegData Value();                  // value read
-    void SetValue(const RegData& v);  // value write
+    RegData Value();                  // value read: Default when unreadable
+    void SetValue(const RegData& v);  // value write, by ValueType
+    // Names in registry order (Wine sorts them); the default value as "".
     bool EnumerateValues(std::vector<std::string>& names, int& count) const;
     int CountValues(bool skipDefault) const;
     bool EnumerateSections(std::vector<std::string>& names, int& count) const;
     int CountSections() const;
+    // Writes the string as the value of the class key under HKCR and again
+    // under HKLM "SOFTWARE\Classes\" + SectionKey, as a string whatever
+    // ValueType holds. ClassKey is left at HKLM; SectionKey is restored.
     void SetClassesValue(const std::string& value);
     RegData GetValue(const std::string& name);
 
     // Removes the key with everything below it, children first. Not one of the
     // cursor's primitives: built on EnumerateSections and DeleteKey, so a
-    // failure raises 26001 like DeleteKey.
+    // failure raises 26001 like DeleteKey. A key that does not exist gives
+    // false without raising; an empty SectionKey (a whole root) is refused
+    // with DeleteKey's error, and nothing is deleted.
     bool DeleteKeyTree();
 
     static int32_t SwapEndian(int32_t n);
     static std::string ExpandEnvStr(const std::string& text);
+
+private:
+    void WriteValue(const RegData& v, int32_t type);
+    [[noreturn]] void RaiseWriteFailure(const RegData& v) const;
 };

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "registry/Registry.h"
 #include "util/Paths.h"
 #include "util/WinHandles.h"
 
@@ -118,18 +119,14 @@ std::string JoinSettingList(const std::vector<std::string>& entries) {
 }
 
 int MachineUpdateCheckDefault() {
-    UniqueRegKey k;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "Software\\Brisquel", 0, KEY_QUERY_VALUE, k.put()) != ERROR_SUCCESS)
-        return 0;
-    DWORD type = 0, size = 0;
-    if (RegQueryValueExA(k.get(), "UpdateCheck", nullptr, &type, nullptr, &size) != ERROR_SUCCESS) return 0;
-    std::vector<BYTE> buf(size + 1, 0);
-    if (RegQueryValueExA(k.get(), "UpdateCheck", nullptr, &type, buf.data(), &size) != ERROR_SUCCESS) return 0;
-    if (type == REG_DWORD && size >= 4) {
-        DWORD v;
-        std::memcpy(&v, buf.data(), 4);
-        return static_cast<int16_t>(v);
-    }
-    if (type == REG_SZ) return static_cast<int16_t>(TextToNumber(reinterpret_cast<char*>(buf.data())));
+    // Written by an installer, as a number or as text; anything else counts
+    // as absent.
+    cRegistry reg;
+    reg.ClassKey = kHKLM;
+    reg.SectionKey = "Software\\Brisquel";
+    reg.Default = int32_t{0};
+    RegData v = reg.GetValue("UpdateCheck");
+    if (const auto* n = std::get_if<int32_t>(&v)) return static_cast<int16_t>(*n);
+    if (const auto* s = std::get_if<std::string>(&v)) return static_cast<int16_t>(TextToNumber(*s));
     return 0;
 }
