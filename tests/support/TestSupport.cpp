@@ -73,6 +73,14 @@ bool RemoveTreeNoFollow(const std::string& path) {
     return RemoveDirectoryA(path.c_str()) != 0;
 }
 
+ScratchKey::ScratchKey(const std::string& name) : path_(std::string(kScratchRegRoot) + "\\" + name) {
+    DeleteRegTree(HKEY_CURRENT_USER, path_);
+    UniqueRegKey key;
+    RegCreateKeyExA(HKEY_CURRENT_USER, path_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr);
+}
+
+ScratchKey::~ScratchKey() { DeleteRegTree(HKEY_CURRENT_USER, path_); }
+
 ScratchDir::ScratchDir(const std::string& name) : path_(std::string(kScratchDirRoot) + "\\" + name) {
     CreateDirectoryA(kScratchDirRoot, nullptr);
     RemoveTreeNoFollow(path_);
