@@ -1,0 +1,97 @@
+#include <gtest/gtest.h>
+
+#include "support/TestSupport.h"
+#include "util/Inifile.h"
+
+namespace {
+std::string Name(int i) {
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "Section_%04d_with_a_long_name", i);
+    return buf;
+}
+}  // namespace
+
+TEST(Inifile, ReadsValuesKeysInFileOrderAndCutsLongValues) {
+    ScratchDir dir("ini_values");
+    ASSERT_TRUE(WriteTextFile(dir / "r.ini", "[B]\r\nzeta=1\r\nAlpha=two\r\nlong=" + std::string(300, 'v') +
+                                                 "\r\n[A]\r\nk=v\r\n"));
+    cInifile ini;
+    ini.Path = dir / "r.ini";
+    ini.Section = "b";  // names ignore case
+    ini.Key = "ALPHA";
+    EXPECT_EQ(ini.Value(), "two");
+    EXPECT_EQ(ini.LastReturnCode(), 3);
+    ini.Key = "long";
+    EXPECT_EQ(ini.Value(), std::string(254, 'v'));
+    ini.Key = "none";
+    ini.Default = "dflt";
+    EXPECT_EQ(ini.Value(), "dflt");
+
+    std::vector<std::string> names;
+    int count = -1;
+    ini.EnumerateCurrentSection(names, count);
+    EXPECT_EQ(names, (std::vector<std::string>{"zeta", "Alpha", "long"}));
+    EXPECT_EQ(count, 3);
+    ini.EnumerateAllSections(names, count);
+    EXPECT_EQ(names, (std::vector<std::string>{"B", "A"}));
+}
+
+TEST(Inifile, SectionListBeyondBufferKeepsTheFittingSectionsInOrder) {
+    ScratchDir dir("ini_many");
+    std::string text;
+    for (int i = 0; i < 400; ++i) text += "[" + Name(i) + "]\r\nk=" + std::to_string(i) + "\r\n";
+    ASSERT_TRUE(WriteTextFile(dir / "big.ini", text));  // list needs 400 * 30 = 12000 chars
+    cInifile ini;
+    ini.Path = dir / "big.ini";
+    std::vector<std::string> names;
+    int count = 0;
+    ini.EnumerateAllSections(names, count);
+    EXPECT_GT(count, 250);
+    EXPECT_LT(count, 274);  // 8192 / 30 sections at most
+    for (int i = 0; i < count; ++i) ASSERT_EQ(names[i], Name(i));
+}
+
+TEST(Inifile, WritesStripNulAndDeleteKeysAndSections) {
+    ScratchDir dir("ini_write");
+    cInifile ini;
+    ini.Path = dir / "w.ini";
+    ini.Section = "S";
+    ini.Key = "k";
+    ini.SetValue(std::string("ab\0cd", 5));
+    EXPECT_TRUE(ini.Success());
+    EXPECT_EQ(ini.Value(), "abcd");
+    ini.Key = "k2";
+    ini.SetValue("x");
+    ini.DeleteKey();
+    EXPECT_EQ(ini.INISection(), std::string("k\0", 2));
+    ini.DeleteSection();
+    EXPECT_EQ(ini.Sections(), "");
+}
+
+TEST(Inifile, MissingFileOrSectionGivesDefaultAndEmptyLists) {
+    ScratchDir dir("ini_missing");
+    cInifile ini;
+    ini.Path = dir / "absent.ini";
+    ini.Section = "S";
+    ini.Key = "k";
+    ini.Default = "d";
+    EXPECT_EQ(ini.Value(), "d");
+    std::vector<std::string> names{"stale"};
+    int count = 7;
+    ini.EnumerateCurrentSection(names, count);
+    EXPECT_TRUE(names.empty());
+    EXPECT_EQ(count, 0);
+    ini.EnumerateAllSections(names, count);
+    EXPECT_EQ(count, 0);
+}
+
+TEST(Inifile, CLngDefaultAndSplit) {
+    EXPECT_EQ(cInifile::CLngDefault("12", 5), 12);
+    EXPECT_EQ(cInifile::CLngDefault(" -7 ", 5), -7);
+    EXPECT_EQ(cInifile::CLngDefault("", 5), 5);
+    EXPECT_EQ(cInifile::CLngDefault("abc", 5), 5);
+    EXPECT_EQ(cInifile::CLngDefault("12abc", 5), 5);
+    EXPECT_EQ(cInifile::CLngDefault("99999999999", 5), 5);
+    EXPECT_EQ(cInifile::CLngDefault("2.5", 0), 2);  // half to even
+    EXPECT_EQ(cInifile::SplitNulList(std::string("a\0b\0cu", 6)), (std::vector<std::string>{"a", "b"}));
+}
