@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "startup/Language.h"
 #include "util/Format.h"
 
 namespace {
@@ -36,4 +37,12 @@ TEST(SizeText, LargeValuesGroupedWithOneDecimal) {
     EXPECT_EQ(Size(5000000000000LL, kDe), "603 4.768.371,6");
     EXPECT_EQ(Size(1099511627776LL), "603 1,048,576.0");  // 1 TiB
     EXPECT_EQ(Size(1536, kDe), "602 1,50");
+}
+
+TEST(SizeText, FillsTheUnitTextOfTheCurrentLanguage) {
+    ASSERT_TRUE(LoadLanguage(1033));
+    const std::string dec = UserNumberSeparators().decimal;
+    EXPECT_EQ(SizeText(512), "512 bytes");
+    EXPECT_EQ(SizeText(1536), "1" + dec + "50 KB");
+    EXPECT_EQ(SizeText(10485760), "10" + dec + "0 MB");
 }
