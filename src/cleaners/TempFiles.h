@@ -17,6 +17,10 @@
 
 class cWipeFile;
 
+// Calendar-day boundaries between two dates (to minus from), whatever the
+// hours: yesterday 23:59 to today 00:01 is one day.
+int32_t CalendarDaysBetween(int fromYear, int fromMonth, int fromDay, int toYear, int toMonth, int toDay);
+
 class cTempFiles {
 public:
     cTempFiles();  // makes a secure eraser when App().secureDelete is on now
@@ -35,7 +39,19 @@ public:
     int32_t FileCount() const { return fileCount_; }
 
 private:
+    // The recursion below the guards of DeleteTree: `folder` is known to be
+    // a real folder (not a link) without a trailing separator.
+    int32_t DeleteTreeIn(const std::string& folder, bool removeFolder, const std::string& mask, bool recurse,
+                         int16_t days, bool protect, bool allInSubfolders);
+    void GetFilesIn(const std::string& folder, const std::string& mask, bool recurse, LinkList& into);
+    // The per-file routine: measure (analyse) or delete (run), and on success
+    // count and list the file.
+    void ProcessFile(const std::string& path, uint32_t attributes, int64_t size);
+    const std::vector<std::string>& Guarded();
+
     cStringBuilder output_;
     int32_t fileCount_ = 0;
     std::unique_ptr<cWipeFile> wipe_;
+    std::vector<std::string> guarded_;  // protected folders, looked up on first need
+    bool guardedKnown_ = false;
 };

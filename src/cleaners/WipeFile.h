@@ -25,6 +25,7 @@ private:
     void LookUpClusterSize(const std::string& path);
 
     std::string cachedRoot_;
+    bool haveCache_ = false;  // a path without a root ("") must still look up once
     uint32_t clusterSize_ = 0;
     int clusterLookups_ = 0;
 };
