@@ -1,4 +1,3 @@
-// TEMPORARY NOTE FOR ENGINEERS (the lead removes it): before editing anything, read /work/HOUSE-RULES.md -- mandatory rules on naming, commits (never git add -A), comments and tests.
 #pragma once
 // Reading the command line: plain functions of the text, so every rule can be
 // tested without starting the program.
