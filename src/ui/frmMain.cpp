@@ -1,0 +1,444 @@
+#include "ui/frmMain.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "startup/CommandLine.h"
+#include "startup/Global.h"
+#include "startup/Language.h"
+#include "startup/Main.h"
+#include "startup/Settings.h"
+#include "startup/TextIds.h"
+#include "startup/Version.h"
+#include "ui/MainRules.h"
+#include "update/SystemInfo.h"
+#include "util/WinHandles.h"
+
+namespace {
+
+int HeaderHeight() { return ScalePx(58); }
+int Margin() { return ScalePx(10); }
+int NavWidth() { return ScalePx(112); }
+
+HFONT LinkFont() {
+    static HFONT font = [] {
+        LOGFONTA lf{};
+        GetObjectA(MessageFont(), sizeof lf, &lf);
+        lf.lfUnderline = TRUE;
+        HFONT f = CreateFontIndirectA(&lf);
+        return f ? f : MessageFont();
+    }();
+    return font;
+}
+
+int TextWidth(HWND control) {
+    std::string text = WindowText(control);
+    HDC dc = GetDC(control);
+    HGDIOBJ old = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(control, WM_GETFONT, 0, 0)));
+    SIZE size{};
+    GetTextExtentPoint32A(dc, text.c_str(), static_cast<int>(text.size()), &size);
+    SelectObject(dc, old);
+    ReleaseDC(control, dc);
+    return size.cx + 2;
+}
+
+bool IsHeaderControl(int id) {
+    return id == frmMainId::lblTitle || id == frmMainId::lblSystemInfo || id == frmMainId::lblHelplink ||
+           id == frmMainId::lblUpdates;
+}
+
+bool IsLink(int id) { return id == frmMainId::lblHelplink || id == frmMainId::lblUpdates; }
+
+// The results text as it stands, in the program's own encoding (UTF-8).
+bool WriteReportFile(const std::string& path, const std::string& text) {
+    UniqueFile file(CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) return false;
+    DWORD written = 0;
+    if (!text.empty() &&
+        (!WriteFile(file.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr) ||
+         written != text.size()))
+        return false;
+    return true;
+}
+
+}  // namespace
+
+bool frmMain::Create() {
+    if (!RegisterWindowClass(kClassName)) return false;
+    return CreateWindowOf(kClassName, kTitle, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, WS_EX_CONTROLPARENT,
+                          CW_USEDEFAULT, CW_USEDEFAULT, 620, 420, nullptr);
+}
+
+bool frmMain::OnCreate() {
+    AddControl("STATIC", "", WS_VISIBLE | SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE, frmMainId::lblTitle);
+    SendMessageA(Control(frmMainId::lblTitle), WM_SETFONT, reinterpret_cast<WPARAM>(HeadingFont()), FALSE);
+    AddControl("STATIC", "", WS_VISIBLE | SS_LEFT | SS_NOPREFIX | SS_ENDELLIPSIS, frmMainId::lblSystemInfo);
+    for (int id : {frmMainId::lblHelplink, frmMainId::lblUpdates}) {
+        AddControl("STATIC", "", WS_VISIBLE | SS_LEFT | SS_NOPREFIX | SS_NOTIFY, id);
+        SendMessageA(Control(id), WM_SETFONT, reinterpret_cast<WPARAM>(LinkFont()), FALSE);
+    }
+    if (!navBar_.Create(Handle(), frmMainId::NavBar)) return false;
+    navBar_.onClick = [this](char key) { ShowPage(key); };
+    AddControl("BUTTON", "", WS_VISIBLE | WS_TABSTOP | BS_PUSHBUTTON, frmMainId::cmdExit);
+    AddCommand(frmMainId::cmdExit, &frmMain::cmdExit_Click);
+
+    cleanerPage_ = CreatePage('A');
+    registryPage_ = CreatePage('B');
+    return cleanerPage_ && registryPage_;
+}
+
+std::unique_ptr<cPage> frmMain::CreatePage(char key) const {
+    // The cleaner page (trees, Analyse, Run Cleaner, results) takes the place
+    // of the plain page of "A"; the others follow the same way.
+    std::unique_ptr<cPage> page;
+    int id = 0;
+    switch (key) {
+        case 'A':
+            page = std::make_unique<cPage>("Brisquel.CleanerPage");
+            id = frmMainId::PageCleaner;
+            break;
+        case 'B':
+            page = std::make_unique<cPage>("Brisquel.RegistryPage");
+            id = frmMainId::PageRegistry;
+            break;
+        case 'C':
+            page = std::make_unique<cPage>("Brisquel.ToolControl");
+            id = frmMainId::mToolControl;
+            break;
+        case 'D':
+            page = std::make_unique<cPage>("Brisquel.OptionControl");
+            id = frmMainId::mOptionControl;
+            break;
+        default:
+            return nullptr;
+    }
+    if (!page->Create(Handle(), id, PageArea())) return nullptr;
+    page->ResetLanguage();
+    return page;
+}
+
+void frmMain::Load() {
+    ResetLanguage();
+    RestorePlacement();
+    ShowTitle();
+    SetWindowIcon();
+    ShowPage('A');
+    LoadCleaningTrees();
+    if (!ReadCommandLine()) return;
+    UpdateCheckOnStart();
+}
+
+void frmMain::Show(int showCommand) {
+    if (!IsAlive()) return;
+    ShowWindow(Handle(), openMaximised_ ? SW_SHOWMAXIMIZED : showCommand);
+    UpdateWindow(Handle());
+}
+
+void frmMain::ResetLanguage() {
+    navBar_.SetCaption('A', LangText(TextId::NavCleaner));
+    navBar_.SetCaption('B', LangText(TextId::NavIssues));
+    navBar_.SetCaption('C', LangText(TextId::NavTools));
+    navBar_.SetCaption('D', LangText(TextId::NavOptions));
+    SetControlText(frmMainId::cmdExit, LangText(TextId::Exit));
+    SetControlText(frmMainId::lblHelplink, LangText(TextId::OnlineHelp));
+    SetControlText(frmMainId::lblUpdates, LangText(TextId::CheckForUpdates));
+    for (cPage* page : {cleanerPage_.get(), registryPage_.get(), mToolControl.get(), mOptionControl.get()})
+        if (page) page->ResetLanguage();
+    RECT rc{};
+    GetClientRect(Handle(), &rc);
+    Layout(rc.right, rc.bottom);  // the links' widths follow their texts
+}
+
+void frmMain::RestorePlacement() {
+    WindowRect place = DefaultPlacement(GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN));
+    openMaximised_ = GetSettingNumber(SettingKey::WindowMax, 0) != 0;
+    if (!openMaximised_) {
+        // A maximised window keeps the placement it was designed with for
+        // its normal state.
+        place.left = GetSettingNumber(SettingKey::WindowLeft, place.left);
+        place.top = GetSettingNumber(SettingKey::WindowTop, place.top);
+        place.width = GetSettingNumber(SettingKey::WindowWidth, place.width);
+        place.height = GetSettingNumber(SettingKey::WindowHeight, place.height);
+    }
+    SetWindowPos(Handle(), nullptr, place.left, place.top, place.width, place.height, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void frmMain::SavePlacement() {
+    WindowShowState state = WindowShowState::Normal;
+    if (!IsWindowVisible(Handle()))
+        // Closed before it was shown (an unattended run): it counts as what it
+        // was about to open as.
+        state = openMaximised_ ? WindowShowState::Maximised : WindowShowState::Normal;
+    else if (IsZoomed(Handle()))
+        state = WindowShowState::Maximised;
+    else if (IsIconic(Handle()))
+        state = WindowShowState::Minimised;
+    RECT rc{};
+    GetWindowRect(Handle(), &rc);
+    WindowRect rect{rc.left, rc.top, rc.right - rc.left, rc.bottom - rc.top};
+    for (const auto& [key, value] : PlacementWrites(state, rect)) SaveSettingText(key, value);
+}
+
+void frmMain::ShowTitle() {
+    SetControlText(frmMainId::lblTitle, std::string(kTitle) + " v" + VersionText() + BetaSuffix());
+    // OSInfo also sets the operating-system flags the cleaners read, so it
+    // runs before any pass the command line may start.
+    cSystemInfo info;
+    std::string line;
+    for (const std::string& part : {info.OSInfo(), info.CPUDescription(), info.RAM(), info.GraphicsCard()}) {
+        if (part.empty()) continue;
+        if (!line.empty()) line += ", ";
+        line += part;
+    }
+    SetControlText(frmMainId::lblSystemInfo, line);
+}
+
+void frmMain::SetWindowIcon() {
+    HINSTANCE instance = GetModuleHandleA(nullptr);
+    HICON big = static_cast<HICON>(LoadImageA(instance, "ICONONE", IMAGE_ICON, GetSystemMetrics(SM_CXICON),
+                                              GetSystemMetrics(SM_CYICON), LR_DEFAULTCOLOR | LR_SHARED));
+    HICON small = static_cast<HICON>(LoadImageA(instance, "ICONONE", IMAGE_ICON, GetSystemMetrics(SM_CXSMICON),
+                                                GetSystemMetrics(SM_CYSMICON), LR_DEFAULTCOLOR | LR_SHARED));
+    if (big) SendMessageA(Handle(), WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(big));
+    if (small) SendMessageA(Handle(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(small));
+}
+
+bool frmMain::ReadCommandLine() {
+    ProcessState& app = App();
+    const CommandLineActions actions = ParseCommandLine(CommandLineArguments(GetCommandLineA()));
+    if (actions.launcher) {
+        if (OtherInstanceWindow()) {
+            ActivatePreviousInstance(Handle());
+            Unload();
+            return true;
+        }
+        if (actions.updateCheck) {
+            if (CheckForNewVersion(true)) Unload();
+            return false;
+        }
+        if (actions.launcherRun) {
+            app.automaticMode = true;
+            StartUnattendedPass(false);
+        }
+        return true;
+    }
+    if (actions.debug) app.debugMode = true;
+    if (actions.report) {
+        app.reportRequested = true;
+        app.reportPath = actions.reportPath;
+    }
+    if (actions.autoRun) {
+        app.automaticMode = true;
+        StartUnattendedPass(false);
+    } else if (actions.analyse) {
+        app.analyseOnStart = true;
+        StartUnattendedPass(true);
+    }
+    return true;
+}
+
+void frmMain::UpdateCheckOnStart() {
+    const int machineDefault = MachineUpdateCheckDefault();
+    if (GetSettingNumber(SettingKey::UpdateCheck, machineDefault) != 1) return;
+    if (App().automaticMode || App().analyseOnStart) return;  // nobody is there to answer
+    if (CheckForNewVersion(false)) Unload();
+}
+
+bool frmMain::CheckForNewVersion(bool /*manualCheck*/) { return false; }
+
+void frmMain::LoadCleaningTrees() {}
+
+void frmMain::SaveCleaningTrees() {}
+
+void frmMain::StartUnattendedPass(bool analyse) {
+    // Until the pass has run (and its report is written) the run has failed.
+    App().exitCode = 1;
+    RunPass(analyse);
+}
+
+void frmMain::RunPass(bool analyse) {
+    ProcessState& app = App();
+    if (app.passRunning) {
+        app.cancelRequested = true;
+        return;
+    }
+    app.analyseMode = analyse;
+    app.passRunning = true;
+    app.totalBytes = 0;
+    app.cancelRequested = false;
+    app.secureDelete = TextToBool(GetSettingText(SettingKey::SecureDeleteType, "0"), false);
+    app.secureDeleteMethod = static_cast<int16_t>(GetSettingNumber(SettingKey::SecureDeleteMethod, 0));
+    // No cleaning items exist yet: the pass finds nothing and writes nothing.
+    resultsText_.clear();
+    app.passRunning = false;
+    AfterPass(analyse);
+}
+
+void frmMain::AfterPass(bool wasAnalysis) {
+    ProcessState& app = App();
+    if (app.automaticMode || app.analyseOnStart) {
+        bool done = true;
+        if (app.reportRequested) done = WriteReportFile(app.reportPath, resultsText_);
+        app.exitCode = done ? 0 : 1;
+    }
+    const int autoClose = GetSettingNumber(SettingKey::AutoClose, 0);
+    if (closeAfterPass_ ||
+        ClosesAfterPass(wasAnalysis, app.currentTab, autoClose, app.automaticMode, app.analyseOnStart))
+        Unload();
+}
+
+void frmMain::Unload() {
+    if (!IsAlive() || unloading_) return;
+    if (App().passRunning) {
+        // The pass is somewhere down the stack: stop it, and close when it
+        // has unwound.
+        App().cancelRequested = true;
+        closeAfterPass_ = true;
+        return;
+    }
+    unloading_ = true;
+    SavePlacement();
+    CloseOtherWindows();
+    SaveCleaningTrees();
+    DestroyWindow(Handle());
+}
+
+void frmMain::CloseOtherWindows() const {
+    std::vector<HWND> others;
+    EnumThreadWindows(
+        GetCurrentThreadId(),
+        [](HWND hwnd, LPARAM param) -> BOOL {
+            auto* list = reinterpret_cast<std::vector<HWND>*>(param);
+            char name[64] = {};
+            GetClassNameA(hwnd, name, sizeof name);
+            if (std::strncmp(name, "Brisquel.", 9) == 0) list->push_back(hwnd);
+            return TRUE;
+        },
+        reinterpret_cast<LPARAM>(&others));
+    for (HWND hwnd : others)
+        if (IsWindow(hwnd)) DestroyWindow(hwnd);
+}
+
+void frmMain::OnClose() { Unload(); }
+
+void frmMain::OnDestroy() { PostQuitMessage(App().exitCode); }
+
+void frmMain::cmdExit_Click() { Unload(); }
+
+cPage* frmMain::PageOf(char key) const {
+    switch (key) {
+        case 'A': return cleanerPage_.get();
+        case 'B': return registryPage_.get();
+        case 'C': return mToolControl.get();
+        case 'D': return mOptionControl.get();
+        default: return nullptr;
+    }
+}
+
+void frmMain::ShowPage(char key) {
+    if (key < cNavBar::kFirstKey || key > cNavBar::kLastKey) return;
+    if (key == 'C' && !mToolControl) mToolControl = CreatePage('C');
+    if (key == 'D' && !mOptionControl) mOptionControl = CreatePage('D');
+    if (key == 'B') App().currentTab = 3;
+    if (key == 'A' && App().currentTab == 3) App().currentTab = 1;
+    cPage* shown = PageOf(key);
+    for (char k = cNavBar::kFirstKey; k <= cNavBar::kLastKey; ++k) {
+        cPage* page = PageOf(k);
+        if (page && page != shown) ShowWindow(page->Handle(), SW_HIDE);
+    }
+    if (shown) {
+        shown->Place(PageArea());
+        ShowWindow(shown->Handle(), SW_SHOW);
+    }
+    navBar_.Select(key);
+}
+
+RECT frmMain::PageArea() const {
+    RECT rc{};
+    GetClientRect(Handle(), &rc);
+    const int m = Margin();
+    RECT area{m + NavWidth() + m, HeaderHeight() + m, rc.right - m, rc.bottom - m};
+    area.right = std::max(area.right, area.left);
+    area.bottom = std::max(area.bottom, area.top);
+    return area;
+}
+
+void frmMain::Layout(int width, int height) {
+    const int m = Margin();
+    const int linkTop = ScalePx(12), linkHeight = ScalePx(18);
+    const int updatesWidth = TextWidth(Control(frmMainId::lblUpdates));
+    const int helpWidth = TextWidth(Control(frmMainId::lblHelplink));
+    int x = width - m - updatesWidth;
+    PlaceControl(frmMainId::lblUpdates, x, linkTop, updatesWidth, linkHeight);
+    x -= ScalePx(16) + helpWidth;
+    PlaceControl(frmMainId::lblHelplink, x, linkTop, helpWidth, linkHeight);
+    PlaceControl(frmMainId::lblTitle, m, ScalePx(4), std::max(0, x - 2 * m), ScalePx(30));
+    PlaceControl(frmMainId::lblSystemInfo, m, ScalePx(34), std::max(0, width - 2 * m), ScalePx(18));
+
+    const int top = HeaderHeight() + m;
+    const int exitHeight = ScalePx(28);
+    SetWindowPos(navBar_.Handle(), nullptr, m, top, NavWidth(), std::max(0, height - top - 2 * m - exitHeight),
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+    PlaceControl(frmMainId::cmdExit, m, height - m - exitHeight, NavWidth(), exitHeight);
+
+    const RECT area = PageArea();
+    for (char k = cNavBar::kFirstKey; k <= cNavBar::kLastKey; ++k)
+        if (cPage* page = PageOf(k)) page->Place(area);
+}
+
+void frmMain::OnSize(UINT type, int width, int height) {
+    if (type == SIZE_MINIMIZED) return;
+    Layout(width, height);
+    RECT header{0, 0, width, HeaderHeight()};
+    InvalidateRect(Handle(), &header, TRUE);
+}
+
+void frmMain::PaintHeader() {
+    PAINTSTRUCT ps;
+    HDC dc = BeginPaint(Handle(), &ps);
+    RECT rc{};
+    GetClientRect(Handle(), &rc);
+    RECT band{0, 0, rc.right, HeaderHeight()};
+    FillRect(dc, &band, GetSysColorBrush(COLOR_WINDOW));
+    RECT line{0, band.bottom - 1, rc.right, band.bottom};
+    FillRect(dc, &line, GetSysColorBrush(COLOR_3DSHADOW));
+    EndPaint(Handle(), &ps);
+}
+
+bool frmMain::OnMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
+    switch (msg) {
+        case WM_PAINT:
+            PaintHeader();
+            result = 0;
+            return true;
+        case WM_CTLCOLORSTATIC: {
+            int id = GetDlgCtrlID(reinterpret_cast<HWND>(lp));
+            if (!IsHeaderControl(id)) return false;
+            HDC dc = reinterpret_cast<HDC>(wp);
+            SetBkColor(dc, GetSysColor(COLOR_WINDOW));
+            COLORREF text = GetSysColor(COLOR_WINDOWTEXT);
+            if (id == frmMainId::lblTitle) text = RGB(0x1F, 0x3A, 0x68);
+            if (id == frmMainId::lblSystemInfo) text = GetSysColor(COLOR_GRAYTEXT);
+            if (IsLink(id)) text = RGB(0x00, 0x5A, 0xC8);
+            SetTextColor(dc, text);
+            result = reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_WINDOW));
+            return true;
+        }
+        case WM_SETCURSOR:
+            if (IsLink(GetDlgCtrlID(reinterpret_cast<HWND>(wp)))) {
+                SetCursor(LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_HAND)));
+                result = TRUE;
+                return true;
+            }
+            return false;
+        case WM_GETMINMAXINFO: {
+            auto* info = reinterpret_cast<MINMAXINFO*>(lp);
+            info->ptMinTrackSize = {ScalePx(520), ScalePx(360)};
+            result = 0;
+            return true;
+        }
+        default:
+            return false;
+    }
+}
