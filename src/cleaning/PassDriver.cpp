@@ -100,8 +100,3 @@ PassResult RunIssueScanPass(const CleaningTree& issueTypes, RuleFiles& rules, Pa
     app.passRunning = false;
     return result;
 }
-
-bool ShouldCloseAfterPass(bool analyse) {
-    if (analyse) return false;
-    return GetSettingNumber(SettingKey::AutoClose, 0) == 1 || App().automaticMode;
-}

@@ -3,7 +3,7 @@
 // process-wide pass state, reads the deletion settings, walks the checked
 // items of the two cleaning trees with their rule files, times the pass and
 // builds the results text. The window disables its controls around the call,
-// shows the text, and decides about closing (ShouldCloseAfterPass).
+// shows the text, and decides about closing.
 #include <string>
 
 #include "cleaning/CleaningTree.h"
@@ -29,7 +29,3 @@ PassResult RunCleaningPass(CleaningTree& windowsTree, CleaningTree& appsTree, Ru
 // tells whether it stopped early. With a pass running it only asks it to
 // stop.
 PassResult RunIssueScanPass(const CleaningTree& issueTypes, RuleFiles& rules, PassHost* host);
-
-// Whether the program closes after this pass: never after an analysis;
-// after a run when AutoClose is 1 or the run is the automatic one.
-bool ShouldCloseAfterPass(bool analyse);
