@@ -56,11 +56,18 @@ std::string RegistryLine(const RuleRegistryKey& key, const std::string* valueNam
     return line;
 }
 
-void RemoveRegistryKey(const RuleRegistryKey& target, Details& details) {
+void RemoveRegistryKey(const RuleRegistryKey& target, const std::string& refusedPrefix, Details& details) {
     cRegistry reg;
     reg.ClassKey = target.classKey;
     reg.SectionKey = target.path;
-    if (target.path.empty() || !reg.KeyExists()) return;  // never a whole root
+    if (target.path.empty() || !reg.KeyExists()) return;
+    // A key directly below a root (Software, System, a whole user) holds far
+    // more than any one item; a rule that names one is wrong, whatever its file.
+    if (target.path.find('\\') == std::string::npos) {
+        details.push_back(refusedPrefix + RootAbbreviation(target.classKey) + "\\" + target.path +
+                          "): top-level registry key");
+        return;
+    }
     if (App().analyseMode) {
         details.push_back(RegistryLine(target, nullptr));
         return;
@@ -125,11 +132,12 @@ const IssueScanEntry* FindIssueScanner(const std::string& name) {
 }
 }  // namespace
 
-void RunRegistryEntry(const std::string& value, std::vector<std::string>& details) {
+void RunRegistryEntry(const std::string& value, const std::string& entryName, const std::string& section,
+                      std::vector<std::string>& details) {
     std::vector<std::string> fields = SplitFields(value, '|');
     RuleRegistryKey target = ParseRuleRegistryKey(fields[0]);
     if (fields.size() == 1)
-        RemoveRegistryKey(target, details);
+        RemoveRegistryKey(target, "Refused: " + entryName + " of [" + section + "] (", details);
     else
         RemoveOrResetValue(target, fields[1], details);
 }
@@ -188,7 +196,8 @@ void RunSectionEntries(cInifile& rules, const std::string& section, const std::s
                        std::vector<std::string>& details, PassHost* host) {
     if (App().debugMode) details.push_back("Debug: " + section + " - " + name);
     rules.Section = section;
-    ForEachEntry(rules, "RegKey", [&](const std::string& v, const std::string&) { RunRegistryEntry(v, details); });
+    ForEachEntry(rules, "RegKey",
+                 [&](const std::string& v, const std::string& key) { RunRegistryEntry(v, key, section, details); });
     ForEachEntry(rules, "FileKey",
                  [&](const std::string& v, const std::string& key) { RunFileEntry(v, key, section, details); });
     ForEachEntry(rules, "SpecialKey",

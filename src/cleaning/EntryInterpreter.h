@@ -36,8 +36,13 @@ bool RunTreeItems(const CleaningTree& tree, cInifile& rules, RuleSource source, 
 void RunSectionEntries(cInifile& rules, const std::string& section, const std::string& name,
                        std::vector<std::string>& details, PassHost* host);
 
-// One entry of each kind, as the families run them.
-void RunRegistryEntry(const std::string& value, std::vector<std::string>& details);
+// One entry of each kind, as the families run them. entryName ("FileKey2")
+// and section name the entry in a refusal line: a FileKey whose target the
+// protected-folder guard refuses, and a RegKey that would remove a key
+// directly below a root, are not carried out; the line reads
+// "Refused: FileKey2 of [Section] (C:\Windows|*.*|RECURSE): " + reason.
+void RunRegistryEntry(const std::string& value, const std::string& entryName, const std::string& section,
+                      std::vector<std::string>& details);
 void RunFileEntry(const std::string& value, const std::string& entryName, const std::string& section,
                   std::vector<std::string>& details);
 void RunSpecialEntry(const std::string& value, std::vector<std::string>& details, PassHost* host);

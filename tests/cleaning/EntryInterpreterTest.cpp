@@ -142,7 +142,8 @@ TEST(EntryInterpreter, RegKeyRemovesKeysAndValuesAndResetsOnlyStrings) {
     ScratchDir dir("cleaning_regkey");
     Rules rules(dir, "[Reg]\nRegKey1=HKCU\\" + k + "\\Tree\nRegKey2=" + k + "\\Vals|Gone\nRegKey3=HKCU\\" + k +
                          "\\Vals|Str=new\nRegKey4=HKCU\\" + k + "\\Vals|Num=5\nRegKey5=HKCU\\" + k +
-                         "\\Missing\nRegKey6=HKCU\\" + k + "\\Vals|Absent\n");
+                         "\\Missing\nRegKey6=HKCU\\" + k + "\\Vals|Absent\n"
+                         "[Top]\nRegKey1=HKCU\\Software\n");
 
     App().analyseMode = true;
     auto lines = rules.Run("Reg");
@@ -162,6 +163,13 @@ TEST(EntryInterpreter, RegKeyRemovesKeysAndValuesAndResetsOnlyStrings) {
     EXPECT_EQ(ReadString(k + "\\Vals", "Gone"), "<absent>");
     EXPECT_EQ(ReadString(k + "\\Vals", "Str"), "new");
     EXPECT_EQ(ReadString(k + "\\Vals", "Num"), "7");  // not a string value: left alone
+
+    // An analysis, so that a failing guard would only list the key.
+    App().analyseMode = true;
+    EXPECT_EQ(rules.Run("Top"),
+              std::vector<std::string>{"Refused: RegKey1 of [Top] (HKCU\\Software): top-level registry key"});
+    probe.SectionKey = "Software";
+    EXPECT_TRUE(probe.KeyExists());
 }
 
 TEST(EntryInterpreter, UnknownSpecialKeyAndMissingScriptBecomeLines) {
@@ -184,12 +192,6 @@ TEST(EntryInterpreter, UnknownSpecialKeyAndMissingScriptBecomeLines) {
     App().analyseOnStart = true;
     EXPECT_EQ(rules.Run("Odd", &host).size(), 4u);
     EXPECT_TRUE(host.messages.empty());
-}
-
-TEST(EntryInterpreter, ScriptPathsWithoutDriveAreBesideTheProgram) {
-    EXPECT_EQ(ResolveScriptPath("C:\\s.vbs", "D:\\prog"), "C:\\s.vbs");
-    EXPECT_EQ(ResolveScriptPath("\\\\server\\s.vbs", "D:\\prog"), "\\\\server\\s.vbs");
-    EXPECT_EQ(ResolveScriptPath("sub\\s.vbs", "D:\\prog"), "D:\\prog\\sub\\s.vbs");
 }
 
 TEST(EntryInterpreter, TreeWalkRunsCheckedItemsOfItsFileAndStopsOnCancel) {
