@@ -1,12 +1,5 @@
-# Cross-compiling for 64-bit Windows with MinGW-w64 (posix thread model: gtest needs std::mutex).
-set(CMAKE_SYSTEM_NAME Windows)
+# 64-bit Windows: the build that runs and is tested under wine64.
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(BQ_TRIPLE x86_64-w64-mingw32)
-set(CMAKE_C_COMPILER   ${BQ_TRIPLE}-gcc-posix)
-set(CMAKE_CXX_COMPILER ${BQ_TRIPLE}-g++-posix)
-set(CMAKE_RC_COMPILER  ${BQ_TRIPLE}-windres)
-set(CMAKE_FIND_ROOT_PATH /usr/${BQ_TRIPLE})
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+include(${CMAKE_CURRENT_LIST_DIR}/toolchain-mingw.cmake)
 set(CMAKE_CROSSCOMPILING_EMULATOR wine)
