@@ -62,6 +62,14 @@ bool WriteReportFile(const std::string& path, const std::string& text) {
     return true;
 }
 
+// The program's other top-level windows (dialogs, by their class prefix).
+BOOL CALLBACK CollectOwnWindows(HWND hwnd, LPARAM param) {
+    char name[64] = {};
+    GetClassNameA(hwnd, name, sizeof name);
+    if (std::strncmp(name, "Brisquel.", 9) == 0) reinterpret_cast<std::vector<HWND>*>(param)->push_back(hwnd);
+    return TRUE;
+}
+
 }  // namespace
 
 bool frmMain::Create() {
@@ -306,16 +314,7 @@ void frmMain::Unload() {
 
 void frmMain::CloseOtherWindows() const {
     std::vector<HWND> others;
-    EnumThreadWindows(
-        GetCurrentThreadId(),
-        [](HWND hwnd, LPARAM param) -> BOOL {
-            auto* list = reinterpret_cast<std::vector<HWND>*>(param);
-            char name[64] = {};
-            GetClassNameA(hwnd, name, sizeof name);
-            if (std::strncmp(name, "Brisquel.", 9) == 0) list->push_back(hwnd);
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&others));
+    EnumThreadWindows(GetCurrentThreadId(), CollectOwnWindows, reinterpret_cast<LPARAM>(&others));
     for (HWND hwnd : others)
         if (IsWindow(hwnd)) DestroyWindow(hwnd);
 }

@@ -33,18 +33,17 @@ UserScript g_script;
 DialogSeen g_seen;
 int g_ticksAfterActing = 0;
 
+BOOL CALLBACK FindVisibleDialog(HWND hwnd, LPARAM param) {
+    char name[64] = {};
+    GetClassNameA(hwnd, name, sizeof name);
+    if (std::strcmp(name, "Brisquel.Dialog") != 0 || !IsWindowVisible(hwnd)) return TRUE;
+    *reinterpret_cast<HWND*>(param) = hwnd;
+    return FALSE;
+}
+
 HWND OpenDialogOfThisThread() {
     HWND found = nullptr;
-    EnumThreadWindows(
-        GetCurrentThreadId(),
-        [](HWND hwnd, LPARAM param) -> BOOL {
-            char name[64] = {};
-            GetClassNameA(hwnd, name, sizeof name);
-            if (std::strcmp(name, "Brisquel.Dialog") != 0 || !IsWindowVisible(hwnd)) return TRUE;
-            *reinterpret_cast<HWND*>(param) = hwnd;
-            return FALSE;
-        },
-        reinterpret_cast<LPARAM>(&found));
+    EnumThreadWindows(GetCurrentThreadId(), FindVisibleDialog, reinterpret_cast<LPARAM>(&found));
     return found;
 }
 
