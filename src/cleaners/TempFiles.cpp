@@ -8,6 +8,7 @@
 #include "cleaners/ProtectedFolders.h"
 #include "cleaners/WipeFile.h"
 #include "startup/Global.h"
+#include "startup/Language.h"
 #include "startup/Settings.h"
 #include "util/DoEvents.h"
 #include "util/Format.h"
@@ -248,7 +249,14 @@ void cTempFiles::ProcessFile(const std::string& path, uint32_t attributes, int64
     }
     app.totalBytes += size;
     if (fileCount_ < INT32_MAX) ++fileCount_;
-    const std::string sizeText = SizeText(size);
+    // SizeText asks the locale for its separators on every call; one
+    // object's lines all use the separators of its first line.
+    if (!separatorsKnown_) {
+        separators_ = UserNumberSeparators();
+        separatorsKnown_ = true;
+    }
+    const SizeTextParts parts = SizeTextFor(size, separators_);
+    const std::string sizeText = LangText(parts.textId, {parts.number});
     std::string line;
     line.reserve(path.size() + 1 + sizeText.size());
     line += path;

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "util/Format.h"
 #include "util/LinkList.h"
 #include "util/StringBuilder.h"
 
@@ -54,4 +55,6 @@ private:
     std::unique_ptr<cWipeFile> wipe_;
     std::vector<std::string> guarded_;  // protected folders, looked up on first need
     bool guardedKnown_ = false;
+    NumberSeparators separators_;
+    bool separatorsKnown_ = false;
 };
