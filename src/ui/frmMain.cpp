@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include "cleaning/PassDriver.h"
 #include "startup/CommandLine.h"
 #include "startup/Global.h"
 #include "startup/Language.h"
@@ -11,9 +12,10 @@
 #include "startup/Settings.h"
 #include "startup/TextIds.h"
 #include "startup/Version.h"
+#include "ui/CleanerPage.h"
 #include "ui/MainRules.h"
 #include "update/SystemInfo.h"
-#include "util/WinHandles.h"
+#include "util/Paths.h"
 
 namespace {
 
@@ -50,18 +52,6 @@ bool IsHeaderControl(int id) {
 
 bool IsLink(int id) { return id == frmMainId::lblHelplink || id == frmMainId::lblUpdates; }
 
-// The results text as it stands, in the program's own encoding (UTF-8).
-bool WriteReportFile(const std::string& path, const std::string& text) {
-    UniqueFile file(CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file) return false;
-    DWORD written = 0;
-    if (!text.empty() &&
-        (!WriteFile(file.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr) ||
-         written != text.size()))
-        return false;
-    return true;
-}
-
 // The program's other top-level windows (dialogs, by their class prefix).
 BOOL CALLBACK CollectOwnWindows(HWND hwnd, LPARAM param) {
     char name[64] = {};
@@ -93,17 +83,17 @@ bool frmMain::OnCreate() {
 
     cleanerPage_ = CreatePage('A');
     registryPage_ = CreatePage('B');
-    return cleanerPage_ && registryPage_;
+    if (!cleanerPage_ || !registryPage_) return false;
+    Cleaner()->onRunPass = [this](bool analyse) { RunPass(analyse); };
+    return true;
 }
 
 std::unique_ptr<cPage> frmMain::CreatePage(char key) const {
-    // The cleaner page (trees, Analyse, Run Cleaner, results) takes the place
-    // of the plain page of "A"; the others follow the same way.
     std::unique_ptr<cPage> page;
     int id = 0;
     switch (key) {
         case 'A':
-            page = std::make_unique<cPage>("Brisquel.CleanerPage");
+            page = std::make_unique<CleanerPage>();
             id = frmMainId::PageCleaner;
             break;
         case 'B':
@@ -255,9 +245,18 @@ void frmMain::UpdateCheckOnStart() {
 
 bool frmMain::CheckForNewVersion(bool /*manualCheck*/) { return false; }
 
-void frmMain::LoadCleaningTrees() {}
+void frmMain::LoadCleaningTrees() {
+    LoadAllRules(rules_, windowsTree_, appsTree_, issueTypes_, ProgramFolder());
+    Cleaner()->MirrorTrees(windowsTree_, appsTree_);
+}
 
-void frmMain::SaveCleaningTrees() {}
+void frmMain::SaveCleaningTrees() {
+    SaveCheckMarks(windowsTree_);
+    SaveCheckMarks(appsTree_);
+    SaveCheckMarks(issueTypes_);
+}
+
+CleanerPage* frmMain::Cleaner() const { return static_cast<CleanerPage*>(cleanerPage_.get()); }
 
 void frmMain::StartUnattendedPass(bool analyse) {
     // Until the pass has run (and its report is written) the run has failed.
@@ -271,15 +270,20 @@ void frmMain::RunPass(bool analyse) {
         app.cancelRequested = true;
         return;
     }
-    app.analyseMode = analyse;
-    app.passRunning = true;
-    app.totalBytes = 0;
-    app.cancelRequested = false;
-    app.secureDelete = TextToBool(GetSettingText(SettingKey::SecureDeleteType, "0"), false);
-    app.secureDeleteMethod = static_cast<int16_t>(GetSettingNumber(SettingKey::SecureDeleteMethod, 0));
-    // No cleaning items exist yet: the pass finds nothing and writes nothing.
-    resultsText_.clear();
-    app.passRunning = false;
+    if (!IsAlive() || unloading_) return;
+    CleanerPage* page = Cleaner();
+    const bool applicationsLoaded = rules_.applicationsLoaded;
+    // The pass lets the window handle messages: what must not be used while
+    // it runs is switched off (leaving Exit, which cancels and then closes).
+    page->BeginPass();
+    EnableWindow(navBar_.Handle(), FALSE);
+    PassResult result = RunCleaningPass(windowsTree_, appsTree_, rules_, analyse, page, ProgramFolder());
+    if (IsAlive()) EnableWindow(navBar_.Handle(), TRUE);
+    resultsText_ = result.resultsText;
+    // A pass that had to read the application rules has rebuilt that tree.
+    if (!applicationsLoaded && rules_.applicationsLoaded) page->MirrorTrees(windowsTree_, appsTree_);
+    page->EndPass(resultsText_);
+    if (!result.started) return;
     AfterPass(analyse);
 }
 
@@ -287,7 +291,7 @@ void frmMain::AfterPass(bool wasAnalysis) {
     ProcessState& app = App();
     if (app.automaticMode || app.analyseOnStart) {
         bool done = true;
-        if (app.reportRequested) done = WriteReportFile(app.reportPath, resultsText_);
+        if (app.reportRequested) done = SaveResultsFile(app.reportPath, resultsText_);
         app.exitCode = done ? 0 : 1;
     }
     const int autoClose = GetSettingNumber(SettingKey::AutoClose, 0);

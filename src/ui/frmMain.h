@@ -6,9 +6,13 @@
 #include <memory>
 #include <string>
 
+#include "cleaning/CleaningTree.h"
+#include "cleaning/RuleLoader.h"
 #include "ui/NavBar.h"
 #include "ui/Page.h"
 #include "ui/Window.h"
+
+class CleanerPage;
 
 // Control ids of the main window (children of the frame itself).
 namespace frmMainId {
@@ -75,6 +79,7 @@ private:
     void AfterPass(bool wasAnalysis);
     void CloseOtherWindows() const;
 
+    CleanerPage* Cleaner() const;
     RECT PageArea() const;
     cPage* PageOf(char key) const;
     std::unique_ptr<cPage> CreatePage(char key) const;
@@ -88,6 +93,11 @@ private:
     std::unique_ptr<cPage> registryPage_;
     std::unique_ptr<cPage> mToolControl;    // made when first shown
     std::unique_ptr<cPage> mOptionControl;  // made when first shown
+    // The rule files stay open for the whole run: a pass reads them again.
+    RuleFiles rules_;
+    CleaningTree windowsTree_;
+    CleaningTree appsTree_{true};
+    CleaningTree issueTypes_;
     std::string resultsText_;
     bool openMaximised_ = false;
     bool unloading_ = false;

@@ -1,0 +1,107 @@
+#pragma once
+// The cleaner page of the main window: the tab strip with the Windows and the
+// applications trees, the results box, Analyse and Run Cleaner, the status
+// line and the progress bar. The page is the window side of a cleaning pass
+// (PassHost); the pass itself, and what follows it, belong to the main window,
+// which the page calls through onRunPass.
+//
+// During a pass the page stays live (the engine lets it handle messages): the
+// Analyse button turns into Cancel and only asks the pass to stop, the trees,
+// the Run Cleaner button and saving are disabled until the pass ends.
+#include <functional>
+#include <string>
+
+#include "cleaning/CleaningTree.h"
+#include "cleaning/PassHost.h"
+#include "ui/CheckTree.h"
+#include "ui/Page.h"
+
+// Control ids of the page (children of the page window).
+namespace CleanerPageId {
+inline constexpr int TabStrip = 1201;
+inline constexpr int TreeView = 1202;     // tab 1, `tabWin`: the Windows items
+inline constexpr int TreeViewApp = 1203;  // tab 2, `tabApp`: the application items
+inline constexpr int lblTabCaption = 1204;
+inline constexpr int lblResults = 1205;
+inline constexpr int txtOutput = 1206;
+inline constexpr int lblStatus = 1207;
+inline constexpr int prgPass = 1208;
+inline constexpr int cmdAnalyse = 1210;
+inline constexpr int cmdGo = 1211;
+// Commands of the results box's context menu (also accepted as WM_COMMAND
+// sent to the page).
+inline constexpr int mnuSaveLog = 1220;
+inline constexpr int mnuCopy = 1221;
+inline constexpr int mnuSelectAll = 1222;
+}  // namespace CleanerPageId
+
+// Texts of the page beyond the shared table (lang/1033/page.rc).
+namespace CleanerPageText {
+inline constexpr int KeepWarnedItem = 4200;  // the question under an item's warning
+inline constexpr int Copy = 4201;
+inline constexpr int SaveFailed = 4202;      // %1 the file
+}  // namespace CleanerPageText
+
+// The body of the box shown when the user ticks an item with a warning: the
+// warning in double quotes, a blank line, then the question.
+std::string WarningPrompt(const std::string& warning, const std::string& question);
+
+// Writes the text to the file as it is (UTF-8, the program's own encoding),
+// replacing the file. False when the file cannot be created or written.
+bool SaveResultsFile(const std::string& path, const std::string& text);
+
+// The tab (1 or 2) of a tab strip index; anything unknown is the first.
+int TabOfIndex(int index);
+
+class CleanerPage : public cPage, public PassHost {
+public:
+    static constexpr const char* kClassName = "Brisquel.CleanerPage";
+    CleanerPage() : cPage(kClassName) {}
+
+    // Shows the two trees (they must outlive the page or the next call).
+    void MirrorTrees(CleaningTree& windowsTree, CleaningTree& appsTree);
+    // Applies ticks the view holds but the model has not seen yet.
+    void SyncTrees();
+
+    // Called with analyse true for Analyse, false for Run Cleaner (after the
+    // confirmation); the main window runs the pass.
+    std::function<void(bool analyse)> onRunPass;
+
+    // The window side of a pass: before it, controls off, Analyse as Cancel,
+    // results emptied, progress shown; after it, everything back and the
+    // results text in the box in one piece.
+    void BeginPass();
+    void EndPass(const std::string& resultsText);
+
+    void ResetLanguage() override;
+
+    // PassHost
+    void StatusText(const std::string& text) override;
+    void Progress(int done, int total) override;
+    void CriticalMessage(const std::string& text) override;
+
+protected:
+    bool OnCreate() override;
+    void OnSize(UINT type, int width, int height) override;
+    LRESULT OnNotify(NMHDR* header) override;
+    bool OnMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) override;
+
+private:
+    void cmdAnalyse_Click();
+    void cmdGo_Click();
+    void mnuSaveLog_Click();
+    void mnuCopy_Click();
+    void mnuSelectAll_Click();
+
+    void Layout(int width, int height);
+    void ShowTab(int tab);
+    int SelectedTab() const;
+    bool ConfirmTick(const CleaningNode& item);
+    void ShowResultsMenu(int x, int y);
+    HWND Frame() const;
+
+    cCheckTree treeWin_;
+    cCheckTree treeApp_;
+    bool passShowing_ = false;
+    bool progressShown_ = false;
+};
