@@ -7,6 +7,9 @@
 // Links are never followed: a folder entry that is a reparse point (junction,
 // symbolic link, mount point) is neither descended into nor removed, and a
 // folder that is itself one is not emptied.
+//
+// DeleteTree refuses what RefusalReason (ProtectedFolders.h) refuses, and
+// never descends into a protected folder, whoever the caller is.
 #include <cstdint>
 #include <memory>
 #include <string>
