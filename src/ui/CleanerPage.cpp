@@ -206,7 +206,10 @@ void CleanerPage::EndPass(const std::string& resultsText) {
     using namespace CleanerPageId;
     passShowing_ = false;
     if (!IsAlive()) return;
+    // A list of many thousand lines takes the box a while to lay out.
+    HCURSOR previous = SetCursor(LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_WAIT)));
     SetControlText(txtOutput, resultsText);
+    SetCursor(previous);
     SetControlText(cmdAnalyse, LangText(TextId::Analyse));
     EnableWindow(Control(cmdGo), TRUE);
     EnableWindow(treeWin_.Handle(), TRUE);

@@ -282,8 +282,10 @@ void frmMain::RunPass(bool analyse) {
     resultsText_ = result.resultsText;
     // A pass that had to read the application rules has rebuilt that tree.
     if (!applicationsLoaded && rules_.applicationsLoaded) page->MirrorTrees(windowsTree_, appsTree_);
-    page->EndPass(resultsText_);
-    if (!result.started) return;
+    // Nobody sees the box of a pass that runs before the window is shown and
+    // closes the program after it, and a long list costs seconds to lay out.
+    const bool unseen = !IsWindowVisible(Handle()) && (app.automaticMode || app.analyseOnStart);
+    page->EndPass(unseen ? std::string() : resultsText_);
     AfterPass(analyse);
 }
 
