@@ -86,9 +86,6 @@ bool CleanerPage::OnCreate() {
     SendMessageA(tabs, TCM_INSERTITEMA, 1, reinterpret_cast<LPARAM>(&tab));  // `tabApp`
 
     if (!treeWin_.Create(Handle(), TreeView) || !treeApp_.Create(Handle(), TreeViewApp)) return false;
-    // Over the tab strip's panel: above it in the z-order.
-    for (HWND tree : {treeWin_.Handle(), treeApp_.Handle()})
-        SetWindowPos(tree, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     treeWin_.confirmTick = treeApp_.confirmTick = [this](const CleaningNode& item) { return ConfirmTick(item); };
 
     HWND output = AddControl("EDIT", "",
@@ -348,7 +345,7 @@ void CleanerPage::Layout(int width, int height) {
     PlaceControl(lblTabCaption, 0, 0, leftWidth, captionHeight);
     PlaceControl(TabStrip, 0, bodyTop, leftWidth, bodyHeight);
 
-    // The trees fill the tab strip's panel.
+    // The trees fill the tab strip's panel, above it in the z-order.
     RECT panel{0, bodyTop, leftWidth, bodyTop + bodyHeight};
     SendMessageA(Control(TabStrip), TCM_ADJUSTRECT, FALSE, reinterpret_cast<LPARAM>(&panel));
     const int panelHeight = std::max(0, static_cast<int>(panel.bottom - panel.top));

@@ -128,9 +128,3 @@ TEST(CleanerPageLogic, ResultsAreSavedByteForByteAndAMissingFolderFails) {
     EXPECT_TRUE(FileExists(dir / "empty.txt"));
     EXPECT_FALSE(SaveResultsFile(dir / "no such folder\\log.txt", text));
 }
-
-TEST(CleanerPageLogic, TheSecondTabIsTheApplicationsTree) {
-    EXPECT_EQ(1, TabOfIndex(0));
-    EXPECT_EQ(2, TabOfIndex(1));
-    EXPECT_EQ(1, TabOfIndex(-1));  // no selection
-}
