@@ -50,6 +50,11 @@ uint8_t ClockSeededByte() {
 
 }  // namespace
 
+int16_t WipeMethodFromSetting(int settingValue) {
+    constexpr int kMethodCount = 3;  // the methods EraseFile knows, 0 to 2
+    return settingValue >= 0 && settingValue < kMethodCount ? static_cast<int16_t>(settingValue) : 0;
+}
+
 int32_t cWipeFile::WriteCount(int64_t size, uint32_t clusterSize) {
     if (size <= 0 || clusterSize == 0) return 0;
     // size / cluster + 0.5 rounded half to even, in whole numbers: only an

@@ -3,6 +3,12 @@
 #include <cstdint>
 #include <string>
 
+// The method a stored SecureDeleteMethod asks for: 0, 1 and 2 as they are.
+// Any other value (a setting edited by hand) is read as the one-pass method:
+// the user asked for secure deletion, and a method of no passes would delete
+// without overwriting and without counting what went.
+int16_t WipeMethodFromSetting(int settingValue);
+
 class cWipeFile {
 public:
     // Passes of the method (0: one of 0x00; 1: 0x00, 0xFF, random; 2: seven

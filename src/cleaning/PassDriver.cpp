@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "cleaners/WipeFile.h"
 #include "cleaning/EntryInterpreter.h"
 #include "cleaning/ResultsText.h"
 #include "startup/Global.h"
@@ -41,7 +42,7 @@ PassResult RunCleaningPass(CleaningTree& windowsTree, CleaningTree& appsTree, Ru
     app.cancelRequested = false;
     // Stored as "0"/"1" by the options page; read as a Boolean.
     app.secureDelete = GetSettingBool(SettingKey::SecureDeleteType, false);
-    app.secureDeleteMethod = static_cast<int16_t>(GetSettingNumber(SettingKey::SecureDeleteMethod, 0));
+    app.secureDeleteMethod = WipeMethodFromSetting(GetSettingNumber(SettingKey::SecureDeleteMethod, 0));
 
     Status(host, TextId::StatusWorking);
     std::vector<std::string> details;

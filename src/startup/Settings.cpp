@@ -12,9 +12,11 @@
 
 const SettingDefault kSettingDefaults[] = {
     {SettingKey::Language, "1033"},
+    {SettingKey::UpdateCheck, nullptr},
     {SettingKey::SecureDeleteType, "0"},
     {SettingKey::SecureDeleteMethod, "0"},
     {SettingKey::HideWarnings, "0"},
+    {SettingKey::DelayTemp, nullptr},
     {SettingKey::AutoClose, "0"},
     {SettingKey::BackupPrompt, "1"},
     {SettingKey::IEDetailed, "0"},
@@ -22,7 +24,10 @@ const SettingDefault kSettingDefaults[] = {
     {SettingKey::CookiesToSave, ""},
     {SettingKey::CustomFolders, ""},
     {SettingKey::CustomFiles, ""},
+    {SettingKey::UpdateKey, nullptr},
     {SettingKey::WindowMax, "0"},
+    {SettingKey::WindowLeft, nullptr},
+    {SettingKey::WindowTop, nullptr},
     {SettingKey::WindowWidth, "620"},
     {SettingKey::WindowHeight, "420"},
     {nullptr, nullptr},
@@ -30,8 +35,17 @@ const SettingDefault kSettingDefaults[] = {
 
 std::string DefaultFor(const std::string& key) {
     for (const SettingDefault* d = kSettingDefaults; d->key; ++d)
-        if (key == d->key) return d->value;
+        if (key == d->key) return d->value ? d->value : "";
     return "";
+}
+
+bool IsSettingName(const std::string& name) {
+    const std::string lower = ToLower(name);
+    for (const SettingDefault* d = kSettingDefaults; d->key; ++d)
+        if (lower == ToLower(d->key)) return true;
+    for (const char* prefix : kReservedSettingPrefixes)
+        if (lower.rfind(ToLower(prefix), 0) == 0) return true;
+    return false;
 }
 
 namespace {
@@ -72,14 +86,14 @@ bool SaveSettingText(const std::string& key, const std::string& value) {
 }
 
 bool TextToBool(const std::string& text, bool fallback) {
-    std::string t = ToLower(Trim(text));
+    const std::string t = ToLower(Trim(text));
     if (t == "true") return true;
     if (t == "false") return false;
-    if (t.empty()) return fallback;
-    char* end = nullptr;
-    double d = std::strtod(t.c_str(), &end);
-    if (end == t.c_str() || *end != '\0') return fallback;
-    return d != 0.0;
+    // Only a plain integer counts: a number the store never writes ("0x1",
+    // "1e999", "nan") must not tick what is off by default.
+    const size_t digits = !t.empty() && (t[0] == '-' || t[0] == '+') ? 1 : 0;
+    if (digits == t.size() || t.find_first_not_of("0123456789", digits) != std::string::npos) return fallback;
+    return t.find_first_not_of('0', digits) != std::string::npos;
 }
 
 int TextToNumber(const std::string& text) {

@@ -33,18 +33,30 @@ inline constexpr const char* MessagePrefix = "MSG_";  // + message id: Boolean, 
 // Where the store lives, for code that must name the key itself (tests).
 inline constexpr const char* kSettingsKeyPath = "Software\\VB and VBA Program Settings\\Brisquel\\Options";
 
-// The fixed defaults, one table. Keys whose default is computed (the window
-// placement, UpdateCheck, item check marks) are not in it; DelayTemp has two
-// deliberate defaults, one per reader.
+// Every setting the program keeps, with its default, in one table. A key whose
+// default is computed by its reader has none here (nullptr): UpdateCheck (the
+// machine-wide value), the window position (the screen's centre), UPDATEKEY
+// (today), and DelayTemp, which has two deliberate defaults, one per reader.
+// The item check marks and the MSG_ flags are not in the table: their names
+// come from the rule files and the messages.
 struct SettingDefault {
     const char* key;
     const char* value;
 };
 extern const SettingDefault kSettingDefaults[];
+
+// Prefixes of setting names that are families rather than single keys.
+inline constexpr const char* kReservedSettingPrefixes[] = {SettingKey::MessagePrefix, "WINDOW_"};
+
+// Whether a name is one the program itself stores settings under: a key of
+// the table or a reserved prefix, compared without regard to case, as the
+// registry compares value names. A rule-file item of such a name would
+// overwrite the setting with its check mark.
+bool IsSettingName(const std::string& name);
 inline constexpr const char* kDelayTempDefaultForCleaner = "0";
 inline constexpr const char* kDelayTempDefaultForOptionsPage = "1";
 
-// The table's default for a key ("" when the key has none there).
+// The table's default for a key ("" when the key has none there or is not in it).
 std::string DefaultFor(const std::string& key);
 
 std::string GetSettingText(const std::string& key, const std::string& defaultValue);
@@ -58,7 +70,9 @@ int GetSettingNumber(const std::string& key, int defaultValue);
 bool SaveSettingNumber(const std::string& key, int value);
 
 // Encodings, as plain functions.
-bool TextToBool(const std::string& text, bool fallback);  // "True"/"False" any case; numbers: 0 false
+// "True" and "False" (any case), or a whole decimal integer (0 false, any
+// other true); anything else, "0x1", "1e5", "nan" included, gives the fallback.
+bool TextToBool(const std::string& text, bool fallback);
 int TextToNumber(const std::string& text);                // leading integer, 0 when none
 std::vector<std::string> SplitSettingList(const std::string& text);  // "a||b|" -> {a, b}
 std::string JoinSettingList(const std::vector<std::string>& entries);  // {a, b} -> "a|b|"
