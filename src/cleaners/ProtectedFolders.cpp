@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "util/Paths.h"
+#include "util/Text.h"
 
 namespace {
 

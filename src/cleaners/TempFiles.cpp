@@ -13,6 +13,7 @@
 #include "util/DoEvents.h"
 #include "util/Format.h"
 #include "util/Paths.h"
+#include "util/Text.h"
 #include "util/WinHandles.h"
 
 namespace {

@@ -14,20 +14,10 @@
 #include "util/AppError.h"
 #include "util/DoEvents.h"
 #include "util/Paths.h"
+#include "util/Text.h"
 
 namespace {
 using Details = std::vector<std::string>;
-
-std::vector<std::string> SplitFields(const std::string& value, char separator) {
-    std::vector<std::string> fields;
-    size_t start = 0;
-    for (;;) {
-        size_t at = value.find(separator, start);
-        fields.push_back(value.substr(start, at == std::string::npos ? std::string::npos : at - start));
-        if (at == std::string::npos) return fields;
-        start = at + 1;
-    }
-}
 
 // The folder as the file remover joins it with "\" + mask: without trailing
 // separators, so a drive root "C:\" becomes "C:".

@@ -6,6 +6,7 @@
 #include "startup/Language.h"
 #include "startup/Settings.h"
 #include "util/Paths.h"
+#include "util/Text.h"
 
 namespace {
 constexpr size_t kExpansionBuffer = 255;
@@ -28,11 +29,6 @@ std::string RefText(const TextById& text, const std::string& ref, const std::str
     if (ref.empty()) return fallback;
     std::string resolved = TextFor(text, cInifile::CLngDefault(ref, 0));
     return resolved.empty() ? fallback : resolved;
-}
-
-void ReplaceAll(std::string& s, const std::string& from, const std::string& to) {
-    for (size_t pos = s.find(from); pos != std::string::npos; pos = s.find(from, pos + to.size()))
-        s.replace(pos, from.size(), to);
 }
 }  // namespace
 

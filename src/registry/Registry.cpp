@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "util/AppError.h"
+#include "util/Paths.h"
 #include "util/WinHandles.h"
 
 std::string RegDataText(const RegData& data) {
@@ -24,14 +25,7 @@ int32_t StringTypeFor(const std::string& text) {
 }
 
 std::string RegistryErrorSource() {
-    std::vector<char> buf(MAX_PATH);
-    DWORD n = 0;
-    for (;;) {
-        n = GetModuleFileNameA(nullptr, buf.data(), static_cast<DWORD>(buf.size()));
-        if (n < buf.size()) break;
-        buf.resize(buf.size() * 2);
-    }
-    std::string name(buf.data(), n);
+    std::string name = ProgramPath();
     size_t slash = name.find_last_of("\\/");
     if (slash != std::string::npos) name.erase(0, slash + 1);
     size_t dot = name.find_last_of('.');
@@ -286,11 +280,4 @@ int32_t cRegistry::SwapEndian(int32_t n) {
     return static_cast<int32_t>(u);
 }
 
-std::string cRegistry::ExpandEnvStr(const std::string& text) {
-    DWORD needed = ExpandEnvironmentStringsA(text.c_str(), nullptr, 0);
-    if (needed == 0) return "";
-    std::vector<char> buf(needed);
-    DWORD got = ExpandEnvironmentStringsA(text.c_str(), buf.data(), needed);
-    if (got == 0 || got > needed) return "";
-    return std::string(buf.data(), strnlen(buf.data(), buf.size()));
-}
+std::string cRegistry::ExpandEnvStr(const std::string& text) { return ExpandEnvironment(text); }

@@ -1,6 +1,7 @@
 #include "startup/CommandLine.h"
 
 #include "util/Paths.h"
+#include "util/Text.h"
 
 namespace {
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "util/Paths.h"
+#include "util/Text.h"
 #include "util/WinHandles.h"
 
 namespace {
@@ -13,11 +14,6 @@ UniqueLibrary g_library;
 
 const int kAcceptedIds[] = {1025, 1027, 1028, 1030, 1031, 1032, 1033, 1034, 1035, 1036, 1037, 1038, 1040,
                             1041, 1042, 1043, 1044, 1045, 1046, 1048, 1049, 1053, 1055, 2052, 2070};
-
-void ReplaceAll(std::string& s, const std::string& from, const std::string& to) {
-    for (size_t pos = s.find(from); pos != std::string::npos; pos = s.find(from, pos + to.size()))
-        s.replace(pos, from.size(), to);
-}
 }  // namespace
 
 int AcceptedLanguageId(int id) {

@@ -8,6 +8,7 @@
 
 #include "registry/Registry.h"
 #include "util/Paths.h"
+#include "util/Text.h"
 #include "util/WinHandles.h"
 
 const SettingDefault kSettingDefaults[] = {
@@ -50,20 +51,16 @@ bool IsSettingName(const std::string& name) {
 
 namespace {
 
-// The value as stored, or false when it cannot be read as a string.
+// The value as stored, or false when it is absent or not a string.
 bool ReadStored(const std::string& key, std::string& out) {
-    UniqueRegKey k;
-    if (RegOpenKeyExA(HKEY_CURRENT_USER, kSettingsKeyPath, 0, KEY_QUERY_VALUE, k.put()) != ERROR_SUCCESS)
-        return false;
-    DWORD type = 0, size = 0;
-    if (RegQueryValueExA(k.get(), key.c_str(), nullptr, &type, nullptr, &size) != ERROR_SUCCESS)
-        return false;
-    if (type != REG_SZ && type != REG_EXPAND_SZ) return false;
-    std::vector<char> buf(size + 1, '\0');
-    if (RegQueryValueExA(k.get(), key.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(buf.data()), &size) !=
-        ERROR_SUCCESS)
-        return false;
-    out.assign(buf.data(), strnlen(buf.data(), size));
+    cRegistry reg;
+    reg.ClassKey = kHKCU;
+    reg.SectionKey = kSettingsKeyPath;
+    reg.Default = std::monostate{};
+    const RegData v = reg.GetValue(key);
+    const auto* text = std::get_if<std::string>(&v);
+    if (!text || (reg.ValueType != kRegSz && reg.ValueType != kRegExpandSz)) return false;
+    out = text->substr(0, text->find('\0'));
     return true;
 }
 

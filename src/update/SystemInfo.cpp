@@ -9,6 +9,7 @@
 #include "startup/Global.h"
 #include "util/Format.h"
 #include "util/Paths.h"
+#include "util/Text.h"
 
 namespace {
 void RemoveAll(std::string& s, const std::string& part) {

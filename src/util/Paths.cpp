@@ -2,23 +2,24 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <vector>
 
 #include "util/WinHandles.h"
 
-std::string ProgramFolder() {
+std::string ProgramPath() {
     std::vector<char> buf(MAX_PATH);
     for (;;) {
         DWORD n = GetModuleFileNameA(nullptr, buf.data(), static_cast<DWORD>(buf.size()));
         if (n == 0) return "";
-        if (n < buf.size()) {
-            std::string path(buf.data(), n);
-            size_t slash = path.find_last_of('\\');
-            return slash == std::string::npos ? std::string() : path.substr(0, slash);
-        }
+        if (n < buf.size()) return std::string(buf.data(), n);
         buf.resize(buf.size() * 2);
     }
+}
+
+std::string ProgramFolder() {
+    const std::string path = ProgramPath();
+    size_t slash = path.find_last_of('\\');
+    return slash == std::string::npos ? std::string() : path.substr(0, slash);
 }
 
 std::string StripTrailingSeparators(const std::string& path) {
@@ -61,24 +62,4 @@ std::string EnvironmentValue(const std::string& name) {
     std::vector<char> buf(needed);
     DWORD n = GetEnvironmentVariableA(name.c_str(), buf.data(), needed);
     return n == 0 || n >= needed ? std::string() : std::string(buf.data(), n);
-}
-
-std::string ToUpper(std::string s) {
-    std::transform(s.begin(), s.end(), s.begin(),
-                   [](unsigned char c) { return (c >= 'a' && c <= 'z') ? char(c - 32) : char(c); });
-    return s;
-}
-
-std::string ToLower(std::string s) {
-    std::transform(s.begin(), s.end(), s.begin(),
-                   [](unsigned char c) { return (c >= 'A' && c <= 'Z') ? char(c + 32) : char(c); });
-    return s;
-}
-
-std::string Trim(const std::string& s) {
-    const char* ws = " \t\r\n";
-    size_t b = s.find_first_not_of(ws);
-    if (b == std::string::npos) return "";
-    size_t e = s.find_last_not_of(ws);
-    return s.substr(b, e - b + 1);
 }

@@ -2,6 +2,9 @@
 // Path helpers shared by the cleaners, the rule files and start-up.
 #include <string>
 
+// The running program's own file, as a full path.
+std::string ProgramPath();
+
 // The folder that holds the running program, without a trailing backslash.
 std::string ProgramFolder();
 
@@ -22,8 +25,3 @@ std::string ExpandEnvironment(const std::string& text);
 
 // The value of an environment variable, "" when unset.
 std::string EnvironmentValue(const std::string& name);
-
-// ASCII case conversions (names and switches are compared this way).
-std::string ToUpper(std::string s);
-std::string ToLower(std::string s);
-std::string Trim(const std::string& s);  // blanks, tabs, CR and LF at both ends

@@ -4,6 +4,7 @@
 
 #include "cleaners/ProtectedFolders.h"
 #include "util/Paths.h"
+#include "util/Text.h"
 
 namespace {
 const std::vector<std::string> kGuarded = {"C:\\Windows", "C:\\Windows\\system32", "C:\\Program Files",

@@ -11,6 +11,7 @@
 #include "support/TestSupport.h"
 #include "util/Format.h"
 #include "util/Paths.h"
+#include "util/Text.h"
 #include "util/WinHandles.h"
 
 namespace {

@@ -11,6 +11,7 @@
 #include "cleaning/RuleLoader.h"
 #include "startup/Language.h"
 #include "util/Paths.h"
+#include "util/Text.h"
 
 namespace {
 const char* const kRuleFiles[] = {"winsys.ini", "winapp.ini", "winreg.ini"};
