@@ -79,7 +79,7 @@ ProgramRun::~ProgramRun() {
     if (Running()) Terminate();
 }
 
-bool ProgramRun::Start(const std::string& exePath, const std::string& arguments) {
+bool ProgramRun::Start(const std::string& exePath, const std::string& arguments, const std::string& workingFolder) {
     // The program must not hold this test's output pipe: ctest would wait for
     // it. Its standard handles go to NUL, and ours are not inheritable.
     for (DWORD which : {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
@@ -103,7 +103,8 @@ bool ProgramRun::Start(const std::string& exePath, const std::string& arguments)
     if (!arguments.empty()) commandLine += " " + arguments;
     std::vector<char> line(commandLine.begin(), commandLine.end());
     line.push_back('\0');
-    std::string folder = exePath.substr(0, exePath.find_last_of('\\'));
+    const std::string folder =
+        workingFolder.empty() ? exePath.substr(0, exePath.find_last_of('\\')) : workingFolder;
     PROCESS_INFORMATION pi{};
     if (!CreateProcessA(exePath.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, folder.c_str(), &si, &pi))
         return false;

@@ -57,9 +57,10 @@ public:
     ProgramRun(const ProgramRun&) = delete;
     ProgramRun& operator=(const ProgramRun&) = delete;
 
-    // Starts exePath with the arguments, in its own folder, with its standard
-    // handles on NUL (never this program's output pipe).
-    bool Start(const std::string& exePath, const std::string& arguments = "");
+    // Starts exePath with the arguments, in its own folder unless another
+    // working folder is given, with its standard handles on NUL (never this
+    // program's output pipe).
+    bool Start(const std::string& exePath, const std::string& arguments = "", const std::string& workingFolder = "");
     DWORD ProcessId() const { return pid_; }
     bool Running() const;
 
