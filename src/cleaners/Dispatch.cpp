@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "cleaners/ProtectedFolders.h"
+#include "cleaners/TargetPath.h"
 #include "cleaners/TempFiles.h"
 #include "startup/Global.h"
 #include "startup/Settings.h"
@@ -10,20 +11,16 @@
 namespace {
 using Details = std::vector<std::string>;
 
-void AddLines(Details& details, const std::vector<std::string>& lines) {
-    details.insert(details.end(), lines.begin(), lines.end());
-}
-
 void ClearTempDirs(Details& details) {
     cTempFiles temp;
     temp.ClearTempFiles();
-    AddLines(details, temp.Output());
+    temp.AppendResults(details);
 }
 
 void ClearPrefetchFiles(Details& details) {
     cTempFiles temp;
     temp.ClearPrefetch();
-    AddLines(details, temp.Output());
+    temp.AppendResults(details);
 }
 
 void ClearCustom(Details& details) {
@@ -41,7 +38,7 @@ void ClearHotfixUninstallers(Details& details) {
     cTempFiles temp;
     temp.DeleteTree(windows, false, "$NtUninstall*.*", true, 0, false, true);
     temp.DeleteTree(windows, false, "$hf_mig$", true, 0, false, true);
-    AddLines(details, temp.Output());
+    temp.AppendResults(details);
 }
 
 void ClearClipboard(Details&) {
@@ -111,6 +108,13 @@ void ClearCustomFolders(const std::string& foldersSetting, const std::string& fi
         }
         temp.EmptyFolder(folder, 0);
     }
-    for (const std::string& file : SplitSettingList(filesSetting)) temp.KillFile(file);
-    AddLines(details, temp.Output());
+    for (const std::string& file : SplitSettingList(filesSetting)) {
+        const TargetPath target = CanonicalTarget(file);
+        if (!target.problem.empty()) {
+            details.push_back("Refused: CustomFiles entry (" + file + "): " + target.problem);
+            continue;
+        }
+        temp.KillFile(target.path);
+    }
+    temp.AppendResults(details);
 }

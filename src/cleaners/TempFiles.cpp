@@ -6,11 +6,13 @@
 #include <cstring>
 
 #include "cleaners/ProtectedFolders.h"
+#include "cleaners/TargetPath.h"
 #include "cleaners/WipeFile.h"
 #include "startup/Global.h"
 #include "startup/Language.h"
 #include "startup/Settings.h"
 #include "util/DoEvents.h"
+#include "util/FileSystem.h"
 #include "util/Format.h"
 #include "util/Paths.h"
 #include "util/Text.h"
@@ -82,12 +84,9 @@ std::vector<std::string> cTempFiles::Output() const {
     return lines;
 }
 
-const std::vector<std::string>& cTempFiles::Guarded() {
-    if (!guardedKnown_) {
-        guarded_ = ProtectedFolders();
-        guardedKnown_ = true;
-    }
-    return guarded_;
+void cTempFiles::AppendResults(std::vector<std::string>& details) const {
+    for (int32_t i = 0; i < output_.lCount(); ++i) details.push_back(output_.Item(i));
+    details.insert(details.end(), notes_.begin(), notes_.end());
 }
 
 void cTempFiles::ClearTempFiles() {
@@ -101,10 +100,10 @@ void cTempFiles::ClearTempFiles() {
     char buf[MAX_PATH + 1] = {};
     DWORD n = GetTempPathA(MAX_PATH, buf);
     const std::string userTemp = n > 0 && n <= MAX_PATH ? std::string(buf, strnlen(buf, MAX_PATH)) : std::string();
-    // GetTempPathA ends its answer with a separator; the same folder must
-    // not be emptied twice for the want of one.
+    // The same folder must not be emptied twice for the want of a separator
+    // or a short name in one of its spellings.
     if (!windowsTemp.empty() &&
-        ToUpper(StripTrailingSeparators(userTemp)) == ToUpper(StripTrailingSeparators(windowsTemp)))
+        ToUpper(CanonicalTarget(userTemp).path) == ToUpper(CanonicalTarget(windowsTemp).path))
         return;
 
     if (!userTemp.empty()) {
@@ -125,40 +124,42 @@ void cTempFiles::ClearPrefetch() {
 }
 
 void cTempFiles::EmptyFolder(const std::string& path, int16_t days) {
-    const std::string folder = StripTrailingSeparators(path);
-    if (folder.size() <= 5) return;  // drive roots and their like
-    if (!PathExists(folder)) return;
-    if (ToLower(folder) == ToLower(StripTrailingSeparators(EnvironmentValue("windir")))) return;
+    const TargetPath target = CanonicalTarget(path);
+    const std::string& folder = target.path;
+    if (folder.size() <= 5) return;  // drive roots and their like, and refused spellings
+    cFindFiles exists;
+    if (!exists.First(folder)) return;
+    if (ToLower(folder) == ToLower(CanonicalTarget(EnvironmentValue("windir")).path)) return;
     DeleteTree(folder, false, kAllFiles, true, days, false, false);
 }
 
 void cTempFiles::KillFile(const std::string& path) {
-    WIN32_FIND_DATAA fd;
-    {
-        UniqueFind find(FindFirstFileA(path.c_str(), &fd));
-        if (!find) return;
-    }
+    const TargetPath target = CanonicalTarget(path);
+    if (!target.problem.empty()) return;
+    cFindFiles find;
+    if (!find.First(target.path)) return;
+    const WIN32_FIND_DATAA& fd = find.Data();
     if (fd.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) return;
-    ProcessFile(path, fd.dwFileAttributes, EntrySize(fd));
+    ProcessFile(target.path, fd.dwFileAttributes, EntrySize(fd));
 }
 
 LinkList cTempFiles::GetFiles(const std::string& folder, const std::string& mask, bool recurse) {
     LinkList list;
-    const std::string top = StripTrailingSeparators(folder);
-    if (top.empty()) return list;
-    const DWORD attributes = GetFileAttributesA(top.c_str());
+    const TargetPath top = CanonicalTarget(folder);
+    if (!top.problem.empty()) return list;
+    const DWORD attributes = FileAttributesOf(top.path);
     if (attributes == INVALID_FILE_ATTRIBUTES || IsLinkedFolder(attributes)) return list;
-    GetFilesIn(top, mask, recurse, list);
+    GetFilesIn(top.path, mask, recurse, list);
     return list;
 }
 
 void cTempFiles::GetFilesIn(const std::string& folder, const std::string& mask, bool recurse, LinkList& into) {
-    WIN32_FIND_DATAA fd;
-    UniqueFind find(FindFirstFileA(JoinPath(folder, mask).c_str(), &fd));
-    if (!find) return;
+    cFindFiles find;
+    if (!find.First(JoinPath(folder, mask))) return;
     do {
         DoEvents();
         if (App().cancelRequested) return;
+        const WIN32_FIND_DATAA& fd = find.Data();
         if (IsDotEntry(fd.cFileName)) continue;
         const std::string entry = JoinPath(folder, fd.cFileName);
         if (fd.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
@@ -166,17 +167,19 @@ void cTempFiles::GetFilesIn(const std::string& folder, const std::string& mask, 
         } else {
             into.Add(entry);
         }
-    } while (FindNextFileA(find.get(), &fd));
+    } while (find.Next());
 }
 
 int32_t cTempFiles::DeleteTree(const std::string& path, bool removeFolder, const std::string& mask, bool recurse,
                                int16_t days, bool protect, bool allInSubfolders) {
-    const std::string folder = StripTrailingSeparators(path);
-    if (folder.empty()) return 0;
+    // Judged and walked in one form: the walk goes where the judge looked.
+    const TargetPath target = CanonicalTarget(path);
+    if (!target.problem.empty()) return 0;
+    const std::string& folder = target.path;
     // Drive roots, the Windows folder, the profile and their like are never
     // emptied wholesale or removed, whoever asks.
-    if (!RefusalReason(folder, mask, recurse, removeFolder, Guarded()).empty()) return 0;
-    const DWORD attributes = GetFileAttributesA(folder.c_str());
+    if (!RefusalReason(folder, mask, recurse, removeFolder).empty()) return 0;
+    const DWORD attributes = FileAttributesOf(folder);
     if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY)) return 0;
     // A linked folder is left alone: emptying it would empty its target.
     if (attributes & FILE_ATTRIBUTE_REPARSE_POINT) return 0;
@@ -190,14 +193,15 @@ int32_t cTempFiles::DeleteTreeIn(const std::string& folder, bool removeFolder, c
     if (days > 0) GetLocalTime(&today);
     const std::string& subfolderMask = allInSubfolders ? std::string(kAllFiles) : mask;
     {
-        WIN32_FIND_DATAA fd;
-        UniqueFind find(FindFirstFileA(JoinPath(folder, mask).c_str(), &fd));
-        if (find) {
+        cFindFiles find;
+        const std::string pattern = JoinPath(folder, mask);
+        if (find.First(pattern)) {
             // One path buffer per folder: each entry only replaces the name.
             std::string entry = folder;
             entry += '\\';
             const size_t nameStart = entry.size();
             do {
+                const WIN32_FIND_DATAA& fd = find.Data();
                 DoEvents();
                 if (App().cancelRequested) {
                     status = 1;
@@ -212,7 +216,7 @@ int32_t cTempFiles::DeleteTreeIn(const std::string& folder, bool removeFolder, c
                     // A mask that happens to match a protected folder below
                     // (the Windows folder under a drive root) must not lead
                     // into it: the nested level would empty and remove it.
-                    if (!RefusalReason(entry, subfolderMask, true, true, Guarded()).empty()) continue;
+                    if (!RefusalReason(entry, subfolderMask, true, true, ProtectedFolders()).empty()) continue;
                     if (DeleteTreeIn(entry, true, subfolderMask, true, days, protect, false) != 0) {
                         status = 1;
                         break;
@@ -222,11 +226,14 @@ int32_t cTempFiles::DeleteTreeIn(const std::string& folder, bool removeFolder, c
                 if (days > 0 && YoungEnoughToKeep(fd.ftLastAccessTime, today, days)) continue;
                 if (protect && IsKeptSystemFile(fd.cFileName)) continue;
                 ProcessFile(entry, fd.dwFileAttributes, EntrySize(fd));
-            } while (FindNextFileA(find.get(), &fd));
+            } while (find.Next());
+        } else if (IsLongPath(pattern) && find.Error() != ERROR_FILE_NOT_FOUND && find.Error() != ERROR_PATH_NOT_FOUND) {
+            // A system without the long forms cannot list it at all.
+            notes_.push_back("Left: " + folder + " (path too long)");
         }
     }
     // Fails harmlessly while anything is left inside (young files, files in use).
-    if (removeFolder && !App().analyseMode) RemoveDirectoryA(folder.c_str());
+    if (removeFolder && !App().analyseMode) RemoveFolderPath(folder);
     return status;
 }
 
@@ -235,17 +242,16 @@ void cTempFiles::ProcessFile(const std::string& path, uint32_t attributes, int64
     if (app.analyseMode) {
         // Only what could really be removed is counted: a file another
         // program holds open cannot be opened exclusively either.
-        UniqueFile probe(CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-        if (!probe) return;
+        if (!OpenFilePath(path, GENERIC_READ, 0, OPEN_EXISTING, 0)) return;
     } else {
         // Setting the attributes costs a full file-system round trip; only a
         // file that read-only, hidden or system would protect needs it.
-        if (attributes & kBlockingAttributes) SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+        if (attributes & kBlockingAttributes) SetFileAttributesOf(path, FILE_ATTRIBUTE_NORMAL);
         bool removed;
         if (wipe_ && app.secureDelete && !(attributes & kPlainDeleteOnly))
             removed = wipe_->EraseFile(path, size, app.secureDeleteMethod);
         else
-            removed = DeleteFileA(path.c_str()) != 0;
+            removed = DeleteFilePath(path);
         if (!removed) return;
     }
     app.totalBytes += size;

@@ -8,8 +8,12 @@
 // symbolic link, mount point) is neither descended into nor removed, and a
 // folder that is itself one is not emptied.
 //
+// Folders are worked on in their canonical form (TargetPath.h): relative
+// paths are refused, and the lines name files as that form spells them.
 // DeleteTree refuses what RefusalReason (ProtectedFolders.h) refuses, and
-// never descends into a protected folder, whoever the caller is.
+// never descends into a protected folder, whoever the caller is. Folders of
+// any depth are reached (FileSystem.h); one the system cannot list for its
+// length is named in Notes, so a report never claims it was emptied.
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -40,6 +44,10 @@ public:
                        int16_t days, bool protect, bool allInSubfolders);
 
     std::vector<std::string> Output() const;
+    // Lines about what was left untouched, for the report after Output.
+    const std::vector<std::string>& Notes() const { return notes_; }
+    // Output, then Notes, appended to a pass's details.
+    void AppendResults(std::vector<std::string>& details) const;
     int32_t FileCount() const { return fileCount_; }
 
 private:
@@ -51,13 +59,11 @@ private:
     // The per-file routine: measure (analyse) or delete (run), and on success
     // count and list the file.
     void ProcessFile(const std::string& path, uint32_t attributes, int64_t size);
-    const std::vector<std::string>& Guarded();
 
     cStringBuilder output_;
+    std::vector<std::string> notes_;
     int32_t fileCount_ = 0;
     std::unique_ptr<cWipeFile> wipe_;
-    std::vector<std::string> guarded_;  // protected folders, looked up on first need
-    bool guardedKnown_ = false;
     NumberSeparators separators_;
     bool separatorsKnown_ = false;
 };

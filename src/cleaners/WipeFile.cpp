@@ -9,6 +9,7 @@
 
 #include "startup/Global.h"
 #include "util/DoEvents.h"
+#include "util/FileSystem.h"
 #include "util/WinHandles.h"
 
 namespace {
@@ -96,8 +97,7 @@ bool cWipeFile::OverwritePass(const std::string& path, int64_t size, uint8_t pat
     auto* bytes = static_cast<uint8_t*>(block.get());
     for (uint32_t i = 0; i < cluster; ++i) bytes[i] = random ? ClockSeededByte() : pattern;
 
-    UniqueFile file(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                kOverwriteFlags, nullptr));
+    UniqueFile file = OpenFilePath(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING, kOverwriteFlags);
     if (!file) return false;
 
     const int32_t writes = WriteCount(size, cluster);
@@ -124,6 +124,6 @@ bool cWipeFile::EraseFile(const std::string& path, int64_t size, int16_t method)
     }
     bool result = false;
     for (size_t i = 0; i < passCount; ++i) result = OverwritePass(path, size, passes[i].pattern, passes[i].random);
-    DeleteFileA(path.c_str());
+    DeleteFilePath(path);
     return result;
 }

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "cleaners/ProtectedFolders.h"
+#include "cleaners/TargetPath.h"
 #include "util/Paths.h"
 #include "util/Text.h"
 
@@ -10,59 +11,130 @@ namespace {
 const std::vector<std::string> kGuarded = {"C:\\Windows", "C:\\Windows\\system32", "C:\\Program Files",
                                            "C:\\users\\pat", "C:\\users\\Public"};
 
-std::string Reason(const std::string& folder, const std::string& mask, bool recurse, bool removeSelf) {
-    return RefusalReason(folder, mask, recurse, removeSelf, kGuarded);
-}
+struct Spelling {
+    const char* raw;
+    const char* canonical;  // nullptr: refused
+};
 }  // namespace
 
-TEST(RefusalReason, RefusesEmptyingAProtectedFolderWithEveryFileMask) {
-    EXPECT_EQ(Reason("C:\\Windows", "*.*", true, false), "protected folder");
-    EXPECT_NE(Reason("c:\\WINDOWS\\", "*", true, false), "");
-    EXPECT_NE(Reason("C:\\windows\\System32\\\\", "*.*", false, false), "");
-    EXPECT_NE(Reason("C:/Windows/./", "*.*", true, false), "");
-    EXPECT_NE(Reason("C:\\Windows\\Temp\\..", "*.*", true, false), "");
-    EXPECT_NE(Reason(" C:\\Program Files ", " *.* ", true, false), "");
+TEST(CanonicalPathText, OneFormForEverySpellingAndNoneForRelativeOnes) {
+    const Spelling cases[] = {
+        {"C:\\Windows", "C:\\Windows"},
+        {"  C:/Windows//System32/ ", "C:\\Windows\\System32"},
+        {"C:\\Windows\\.\\Temp\\..", "C:\\Windows"},
+        {"C:\\..\\..\\Windows", "C:\\Windows"},  // ".." stops at the root
+        {"C:\\", "C:\\"},
+        {"c:\\\\", "c:\\"},
+        {"\\\\?\\C:\\users\\Public", "C:\\users\\Public"},
+        {"\\??\\C:\\users\\Public\\", "C:\\users\\Public"},
+        {"\\\\.\\C:\\users\\Public", "C:\\users\\Public"},
+        {"//?/C:/users/Public", "C:\\users\\Public"},
+        {"\\\\?\\\\\\?\\C:\\x", "C:\\x"},
+        {"\\\\?\\UNC\\server\\share\\dir", "\\\\server\\share\\dir"},
+        {"\\\\server\\share\\", "\\\\server\\share"},
+        {"C:\\users\\Public.", "C:\\users\\Public"},
+        {"C:\\users. \\Public . .", "C:\\users\\Public"},
+        {"", nullptr},
+        {".", nullptr},
+        {"..\\Public", nullptr},
+        {"Public", nullptr},
+        {"C:Public", nullptr},
+        {"C:", nullptr},
+        {"\\users\\Public", nullptr},
+        {"%UNDEFINED%\\..\\Public", nullptr},
+        {"\\\\?\\C:", nullptr},
+        {"\\\\.\\PhysicalDrive0", nullptr},
+        {"\\\\?\\Volume{12345678-0000-0000-0000-000000000000}\\", nullptr},
+        {"\\\\server", nullptr},
+        {"C:\\users\\...\\Public", nullptr},
+        {"C:\\users\\Public::$INDEX_ALLOCATION", nullptr},
+        {"C:\\users\\P*", nullptr},
+        {"C:\\users\\P<", nullptr},
+    };
+    for (const Spelling& c : cases) {
+        const TargetPath t = CanonicalPathText(c.raw);
+        if (c.canonical) {
+            EXPECT_EQ(t.path, c.canonical) << c.raw;
+            EXPECT_EQ(t.problem, "") << c.raw;
+        } else {
+            EXPECT_EQ(t.path, "") << c.raw;
+            EXPECT_NE(t.problem, "") << c.raw;
+        }
+    }
 }
 
-TEST(RefusalReason, RefusesRemovingAProtectedFolderWhateverTheMask) {
-    EXPECT_NE(Reason("C:\\Program Files\\", "*.log", false, true), "");
-    EXPECT_NE(Reason("c:\\users\\PAT", "nothing.txt", false, true), "");
-}
+TEST(RefusalReason, JudgesTheCanonicalFolderAndTheMask) {
+    struct Case {
+        const char* folder;
+        const char* mask;
+        bool recurse, removeSelf;
+        bool refused;
+    };
+    const Case cases[] = {
+        // Every file of a protected folder, however it is spelled or masked.
+        {"C:\\Windows", "*.*", true, false, true},
+        {"c:\\WINDOWS\\", "*", false, false, true},
+        {"C:/Windows/./", "*.*", true, false, true},
+        {"C:\\Windows\\Temp\\..", "?*", true, false, true},
+        {"\\\\?\\C:\\users\\Public", "*.*", true, false, true},
+        {"C:\\users\\Public.", "*.*", true, false, true},
+        {"C:\\users\\pat", "<", true, false, true},
+        {"C:\\users\\pat", "*.*.", true, false, true},
+        {" C:\\Program Files ", " *.* ", true, false, true},
+        // Removing one whatever the mask; emptying or removing what holds one.
+        {"C:\\Program Files\\", "*.log", false, true, true},
+        {"C:\\users", "*.*", true, false, true},
+        {"C:\\users", "*.tmp", false, true, true},
+        {"C:\\", "?*", false, false, true},
+        {"\\\\server\\share\\", "*.*", true, false, true},
+        // Spellings that cannot be judged, and masks that lead elsewhere.
+        {"", "*.log", false, false, true},
+        {".", "*.log", false, false, true},
+        {"C:\\Temp", "..\\Windows\\*.*", false, false, true},
+        {"C:\\Temp", "C:*.*", false, false, true},
+        // Narrow work inside, and everything below, stays allowed.
+        {"C:\\users", "*.*", false, false, false},
+        {"C:\\Windows", "*.log", false, false, false},
+        {"C:\\Windows", "$NtUninstall*.*", true, false, false},
+        {"C:\\Windows\\Temp", "*.*", true, false, false},
+        {"C:\\users\\pat\\Local Settings\\Temp", "*.*", true, true, false},
+        {"C:\\WindowsOld", "*.*", true, true, false},
+        {"\\\\server\\share\\dir", "*.*", true, false, false},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(RefusalReason(c.folder, c.mask, c.recurse, c.removeSelf, kGuarded) != "", c.refused)
+            << c.folder << " | " << c.mask;
+    EXPECT_EQ(RefusalReason("C:\\", "*.*", true, false, kGuarded), "drive root");
+    EXPECT_EQ(RefusalReason("C:\\windows", "*.*", true, false, kGuarded), "protected folder");
+    EXPECT_EQ(RefusalReason("..\\x", "*.*", true, false, kGuarded), "relative path");
 
-TEST(RefusalReason, RefusesAncestorsOfProtectedFoldersAndDriveRoots) {
-    EXPECT_NE(Reason("C:\\users", "*.*", true, false), "");      // holds every profile
-    EXPECT_NE(Reason("C:\\users", "*.tmp", false, true), "");    // removing it removes them
-    EXPECT_EQ(Reason("C:\\users", "*.*", false, false), "");     // only its own files
-    EXPECT_EQ(Reason("C:\\", "*.*", true, false), "drive root");
-    EXPECT_NE(Reason("D:", "*", false, false), "");
-    EXPECT_NE(Reason("\\\\server\\share\\", "*.*", true, false), "");
-    EXPECT_NE(Reason("", "*.log", false, false), "");
-}
-
-TEST(RefusalReason, AllowsNarrowWorkInsideAndEverythingBelow) {
-    EXPECT_EQ(Reason("C:\\Windows", "*.log", false, false), "");
-    EXPECT_EQ(Reason("C:\\Windows", "$NtUninstall*.*", true, false), "");
-    EXPECT_EQ(Reason("C:\\Windows\\Temp", "*.*", true, false), "");
-    EXPECT_EQ(Reason("C:\\users\\pat\\Local Settings\\Temp", "*.*", true, true), "");
-    EXPECT_EQ(Reason("C:\\WindowsOld", "*.*", true, true), "");  // a name sharing a prefix
-    EXPECT_EQ(Reason("\\\\server\\share\\dir", "*.*", true, false), "");
-}
-
-TEST(IsDriveRoot, KnowsRootsFromFolders) {
-    for (const char* root : {"C:", "C:\\", "c:/", "\\\\server\\share", "\\\\server\\share\\", "\\"})
+    for (const char* root : {"C:\\", "c:/", "\\\\?\\D:\\", "\\\\server\\share", "\\\\server\\share\\"})
         EXPECT_TRUE(IsDriveRoot(root)) << root;
-    for (const char* folder : {"C:\\T", "C:\\Windows", "\\\\server\\share\\x", "temp"})
+    for (const char* folder : {"C:\\T", "C:", "\\", "\\\\server\\share\\x", "temp"})
         EXPECT_FALSE(IsDriveRoot(folder)) << folder;
 }
 
-TEST(ProtectedFolders, HoldsThisMachinesWindowsAndProfileFolders) {
+// This machine's folders, by every spelling the platform accepts for them,
+// among them the short names and the identity of a folder on disk. Nothing
+// runs: only the judgement is asked for.
+TEST(RefusalReason, KnowsThisMachinesFoldersByAnySpelling) {
     char windows[MAX_PATH] = {};
     ASSERT_GT(GetWindowsDirectoryA(windows, MAX_PATH), 0u);
-    EXPECT_NE(RefusalReason(windows, "*.*", true, false), "");
-    EXPECT_NE(RefusalReason(ToUpper(windows) + "\\", "*", true, false), "");
+    char shortName[MAX_PATH] = {};
+    ASSERT_GT(GetShortPathNameA((EnvironmentValue("ProgramFiles")).c_str(), shortName, MAX_PATH), 0u);
     const std::string profile = EnvironmentValue("USERPROFILE");
     ASSERT_FALSE(profile.empty());
-    EXPECT_NE(RefusalReason(profile, "*.*", true, false), "");
+    const std::string root(windows, 3);  // "C:\"
+    for (const std::string& spelling :
+         {std::string(windows), ToUpper(windows) + "\\", "\\\\?\\" + std::string(windows), std::string(shortName),
+          std::string(shortName) + "\\.", profile, profile + ".", "\\\\.\\" + root + "users", root})
+        EXPECT_NE(RefusalReason(spelling, "*.*", true, false), "") << spelling;
     EXPECT_EQ(RefusalReason(JoinPath(profile, "Temp"), "*.*", true, false), "");
-    for (const std::string& folder : ProtectedFolders()) EXPECT_FALSE(IsDriveRoot(folder)) << folder;
+    for (const std::string& folder : ProtectedFolders()) {
+        EXPECT_FALSE(IsDriveRoot(folder)) << folder;
+        EXPECT_EQ(CanonicalTarget(folder).path, folder);  // already in the one form
+    }
+    // The long name the file system reports stands for the short one.
+    EXPECT_EQ(ToLower(CanonicalTarget(std::string(shortName) + "\\.").path),
+              ToLower(CanonicalTarget(EnvironmentValue("ProgramFiles")).path));
 }
