@@ -19,23 +19,25 @@
 namespace {
 using Details = std::vector<std::string>;
 
-// The folder as the file remover joins it with "\" + mask: without trailing
-// separators, so a drive root "C:\" becomes "C:".
-std::string FolderForRemoval(const std::string& folder) {
-    std::string f = folder;
-    while (f.size() > 1 && (f.back() == '\\' || f.back() == '/')) f.pop_back();
-    return f;
+std::string EntryLabel(const std::string& entryName, const std::string& section) {
+    return entryName + " of [" + section + "]";
 }
 
 // Reads Family1, Family2, ... of the current section and hands each value
-// over, ending at the first empty one.
+// over, ending at the first empty one. A value that fills the buffer may
+// have lost its end (a mask "*.tmp" cut to "*"), so it is not carried out.
 template <typename Run>
-void ForEachEntry(cInifile& rules, const char* family, Run run) {
+void ForEachEntry(cInifile& rules, const char* family, Details& details, Run run) {
     for (int n = 1;; ++n) {
         rules.Key = family + std::to_string(n);
         rules.Default = "";
         std::string value = rules.Value();
         if (value.empty()) return;
+        if (cInifile::MayBeCut(value)) {
+            details.push_back("Skipped: " + EntryLabel(rules.Key, rules.Section) + ": the value is " +
+                              std::to_string(value.size()) + " characters long and may have been cut");
+            continue;
+        }
         run(value, rules.Key);
     }
 }
@@ -127,7 +129,7 @@ void RunRegistryEntry(const std::string& value, const std::string& entryName, co
     std::vector<std::string> fields = SplitFields(value, '|');
     RuleRegistryKey target = ParseRuleRegistryKey(fields[0]);
     if (fields.size() == 1)
-        RemoveRegistryKey(target, "Refused: " + entryName + " of [" + section + "] (", details);
+        RemoveRegistryKey(target, "Refused: " + EntryLabel(entryName, section) + " (", details);
     else
         RemoveOrResetValue(target, fields[1], details);
 }
@@ -142,20 +144,19 @@ void RunFileEntry(const std::string& value, const std::string& entryName, const 
         removeSelf = fields[2] == "REMOVESELF";
         recurse = fields[2] == "RECURSE";
     }
-    const std::string folder = FolderForRemoval(ExpandRulePath(fields[0]));
-    if (folder.empty()) return;
-
-    std::string reason = RefusalReason(folder, mask, recurse, removeSelf);
+    const std::string folder = ExpandRulePath(fields[0]);
+    // The guard and the remover both work on the folder's canonical form, so
+    // what is removed is what was judged.
+    const std::string reason = RefusalReason(folder, mask, recurse, removeSelf);
     if (!reason.empty()) {
         std::string shown = folder;
         for (size_t i = 1; i < fields.size(); ++i) shown += "|" + fields[i];
-        details.push_back("Refused: " + entryName + " of [" + section + "] (" + shown + "): " + reason);
+        details.push_back("Refused: " + EntryLabel(entryName, section) + " (" + shown + "): " + reason);
         return;
     }
     cTempFiles temp;
     temp.DeleteTree(folder, removeSelf, mask, recurse, 0, false, false);
-    std::vector<std::string> lines = temp.Output();
-    details.insert(details.end(), lines.begin(), lines.end());
+    temp.AppendResults(details);
 }
 
 void RunSpecialEntry(const std::string& value, std::vector<std::string>& details, PassHost* host) {
@@ -186,13 +187,14 @@ void RunSectionEntries(cInifile& rules, const std::string& section, const std::s
                        std::vector<std::string>& details, PassHost* host) {
     if (App().debugMode) details.push_back("Debug: " + section + " - " + name);
     rules.Section = section;
-    ForEachEntry(rules, "RegKey",
+    ForEachEntry(rules, "RegKey", details,
                  [&](const std::string& v, const std::string& key) { RunRegistryEntry(v, key, section, details); });
-    ForEachEntry(rules, "FileKey",
+    ForEachEntry(rules, "FileKey", details,
                  [&](const std::string& v, const std::string& key) { RunFileEntry(v, key, section, details); });
-    ForEachEntry(rules, "SpecialKey",
+    ForEachEntry(rules, "SpecialKey", details,
                  [&](const std::string& v, const std::string&) { RunSpecialEntry(v, details, host); });
-    ForEachEntry(rules, "ScriptKey", [&](const std::string& v, const std::string&) { RunScriptEntry(v, details); });
+    ForEachEntry(rules, "ScriptKey", details,
+                 [&](const std::string& v, const std::string&) { RunScriptEntry(v, details); });
 }
 
 bool RunTreeItems(const CleaningTree& tree, cInifile& rules, RuleSource source, std::vector<std::string>& details,

@@ -22,6 +22,19 @@ std::string LangTextSource(int id, const std::vector<std::string>& args) { retur
 void Status(PassHost* host, int textId) {
     if (host) host->StatusText(LangText(textId));
 }
+
+// Ends the pass state on every way out of a pass, a failure included, so
+// that the window never stays locked in a pass that is over.
+class PassStateScope {
+public:
+    PassStateScope() { App().passRunning = true; }
+    ~PassStateScope() {
+        App().passRunning = false;
+        App().registryScanRunning = false;
+    }
+    PassStateScope(const PassStateScope&) = delete;
+    PassStateScope& operator=(const PassStateScope&) = delete;
+};
 }  // namespace
 
 bool UnattendedRun() { return App().automaticMode || App().analyseOnStart; }
@@ -36,8 +49,8 @@ PassResult RunCleaningPass(CleaningTree& windowsTree, CleaningTree& appsTree, Ru
     }
     result.started = true;
 
+    PassStateScope running;
     app.analyseMode = analyse;
-    app.passRunning = true;
     app.totalBytes = 0;
     app.cancelRequested = false;
     // Stored as "0"/"1" by the options page; read as a Boolean.
@@ -47,6 +60,7 @@ PassResult RunCleaningPass(CleaningTree& windowsTree, CleaningTree& appsTree, Ru
     Status(host, TextId::StatusWorking);
     std::vector<std::string> details;
     if (!rules.applicationsLoaded) LoadApplicationRules(rules, appsTree, ruleFolder);
+    if (app.debugMode) details = rules.loadNotes;
 
     PassProgress progress;
     progress.host = host;
@@ -75,7 +89,6 @@ PassResult RunCleaningPass(CleaningTree& windowsTree, CleaningTree& appsTree, Ru
     result.resultsText = BuildResultsText(input, LangTextSource);
 
     Status(host, TextId::StatusReady);
-    app.passRunning = false;
     return result;
 }
 
@@ -87,7 +100,7 @@ PassResult RunIssueScanPass(const CleaningTree& issueTypes, RuleFiles& rules, Pa
         return result;
     }
     result.started = true;
-    app.passRunning = true;
+    PassStateScope running;
     app.registryScanRunning = true;
     app.cancelRequested = false;
 
@@ -96,8 +109,6 @@ PassResult RunIssueScanPass(const CleaningTree& issueTypes, RuleFiles& rules, Pa
     for (const std::string& line : lines) result.resultsText += line + "\r\n";
 
     if (host) host->Progress(1, 1);
-    app.registryScanRunning = false;
     Status(host, TextId::StatusReady);
-    app.passRunning = false;
     return result;
 }

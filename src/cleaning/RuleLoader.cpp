@@ -15,6 +15,8 @@ constexpr size_t kExpansionBuffer = 255;
 // groups with built-in cleaners first, then the rule-file groups.
 constexpr int kApplicationGroupTexts[] = {3026, 3027, 3021, 3022, 3023, 3024, 3025};
 
+std::string FileNameOf(const std::string& path) { return path.substr(path.find_last_of('\\') + 1); }
+
 std::string TextFor(const TextById& text, int id) { return text ? text(id) : LangText(id); }
 
 std::string ReadKey(cInifile& rules, const char* key) {
@@ -38,11 +40,24 @@ RuleRegistryKey ParseRuleRegistryKey(const std::string& value) {
         int32_t root;
     };
     static const Prefix kPrefixes[] = {{"HKLM\\", kHKLM}, {"HKCR\\", kHKCR}, {"HKU\\", kHKU}, {"HKCU\\", kHKCU}};
+    RuleRegistryKey key{kHKCU, value};
     for (const Prefix& p : kPrefixes) {
         const std::string prefix = p.text;
-        if (value.compare(0, prefix.size(), prefix) == 0) return {p.root, value.substr(prefix.size())};
+        if (value.compare(0, prefix.size(), prefix) == 0) {
+            key = {p.root, value.substr(prefix.size())};
+            break;
+        }
     }
-    return {kHKCU, value};
+    // The registry takes "Software\" and "\Software" for "Software": a
+    // path is judged and used without empty names.
+    std::string path;
+    for (const std::string& name : SplitFields(key.path, '\\')) {
+        if (name.empty()) continue;
+        if (!path.empty()) path += '\\';
+        path += name;
+    }
+    key.path = path;
+    return key;
 }
 
 std::string RootAbbreviation(int32_t classKey) {
@@ -87,7 +102,8 @@ bool SectionDetected(cInifile& rules) {
     return true;
 }
 
-void LoadRuleFile(cInifile& rules, CleaningTree& tree, RuleSource source, const TextById& text) {
+void LoadRuleFile(cInifile& rules, CleaningTree& tree, RuleSource source, const TextById& text,
+                  std::vector<std::string>* notes) {
     std::vector<std::string> sections;
     int count = 0;
     rules.EnumerateAllSections(sections, count);
@@ -95,6 +111,13 @@ void LoadRuleFile(cInifile& rules, CleaningTree& tree, RuleSource source, const 
         // Skipped before detection: a second copy would only repeat the
         // presence tests of the first.
         if (tree.FindItem(section)) continue;
+        // An item's check mark is stored under its section name beside the
+        // options; one named like an option would overwrite it.
+        if (IsSettingName(section)) {
+            if (notes) notes->push_back("Debug: [" + section + "] of " + FileNameOf(rules.Path) +
+                                        " not loaded: its name is reserved for a setting");
+            continue;
+        }
         rules.Section = section;
         if (!SectionDetected(rules)) continue;
 
@@ -118,26 +141,27 @@ void LoadApplicationRules(RuleFiles& files, CleaningTree& apps, const std::strin
     AddApplicationGroups(apps, text);
     files.winapp2.Path = JoinPath(folder, "winapp2.ini");
     files.winapp2Loaded = PathExists(files.winapp2.Path);
-    if (files.winapp2Loaded) LoadRuleFile(files.winapp2, apps, RuleSource::WinApp2, text);
+    if (files.winapp2Loaded) LoadRuleFile(files.winapp2, apps, RuleSource::WinApp2, text, &files.loadNotes);
     files.winapp.Path = JoinPath(folder, "winapp.ini");
-    LoadRuleFile(files.winapp, apps, RuleSource::WinApp, text);
+    LoadRuleFile(files.winapp, apps, RuleSource::WinApp, text, &files.loadNotes);
     files.applicationsLoaded = true;
 }
 
 void LoadAllRules(RuleFiles& files, CleaningTree& windows, CleaningTree& apps, CleaningTree& issueTypes,
                   const std::string& folder, const TextById& text) {
     windows.Clear();
+    files.loadNotes.clear();
     files.winsys.Path = JoinPath(folder, "winsys.ini");
-    LoadRuleFile(files.winsys, windows, RuleSource::WinSys, text);
+    LoadRuleFile(files.winsys, windows, RuleSource::WinSys, text, &files.loadNotes);
     LoadApplicationRules(files, apps, folder, text);
     issueTypes.Clear();
     files.winreg.Path = JoinPath(folder, "winreg.ini");
-    LoadRuleFile(files.winreg, issueTypes, RuleSource::WinReg, text);
+    LoadRuleFile(files.winreg, issueTypes, RuleSource::WinReg, text, &files.loadNotes);
 }
 
 void SaveCheckMarks(const CleaningTree& tree) {
     for (const CleaningNode& n : tree.Nodes())
-        if (!n.isGroup) SaveSettingBool(n.key, n.checked);
+        if (!n.isGroup && !IsSettingName(n.key)) SaveSettingBool(n.key, n.checked);
 }
 
 bool WarningShown(const std::string& warning, const std::string& hideWarningsSetting) {

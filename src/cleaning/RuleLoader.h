@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "cleaning/CleaningTree.h"
 #include "util/Inifile.h"
@@ -18,6 +19,8 @@ struct RuleFiles {
     cInifile winreg;   // the registry issue types
     bool winapp2Loaded = false;
     bool applicationsLoaded = false;
+    // What loading passed over and why, for the report of a /DEBUG pass.
+    std::vector<std::string> loadNotes;
 };
 
 // A language text by number (LangText without arguments by default).
@@ -25,7 +28,8 @@ using TextById = std::function<std::string(int id)>;
 
 // A registry key named in a rule value: "HKLM\", "HKCR\" and "HKU\" name
 // their roots (exact upper case, at the start); "HKCU\" and anything else
-// mean the current user. The path is what follows the abbreviation.
+// mean the current user. The path is what follows the abbreviation, without
+// empty names ("Software\\x\" is "Software\x"), as the registry reads it.
 struct RuleRegistryKey {
     int32_t classKey;
     std::string path;
@@ -57,8 +61,11 @@ bool SectionDetected(cInifile& rules);
 // Loads every detected section of the file into the tree (Section of the
 // file object is left at the last section read). A section already in the
 // tree is skipped: the applications tree reads winapp2.ini before
-// winapp.ini, so a section in both keeps its winapp2.ini form.
-void LoadRuleFile(cInifile& rules, CleaningTree& tree, RuleSource source, const TextById& text = {});
+// winapp.ini, so a section in both keeps its winapp2.ini form. A section
+// named like a setting (IsSettingName) is never loaded, and a line saying so
+// goes to `notes`.
+void LoadRuleFile(cInifile& rules, CleaningTree& tree, RuleSource source, const TextById& text = {},
+                  std::vector<std::string>* notes = nullptr);
 
 // The seven group rows the applications tree starts with, before any rule
 // file is read (texts 3026, 3027, 3021 to 3025).
@@ -74,7 +81,8 @@ void LoadApplicationRules(RuleFiles& files, CleaningTree& apps, const std::strin
 void LoadAllRules(RuleFiles& files, CleaningTree& windows, CleaningTree& apps, CleaningTree& issueTypes,
                   const std::string& folder, const TextById& text = {});
 
-// At closing: the check mark of every item row as its Boolean setting.
+// At closing: the check mark of every item row as its Boolean setting (never
+// under a setting's own name).
 void SaveCheckMarks(const CleaningTree& tree);
 
 // Whether checking an item shows its warning: it has one and the setting

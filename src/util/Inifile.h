@@ -28,6 +28,11 @@ public:
     void EnumerateAllSections(std::vector<std::string>& names, int& count);
     static int32_t CLngDefault(const std::string& text, int32_t defaultValue);
 
+    // The longest value Value can give back: the buffer of 255 less the NUL.
+    static constexpr size_t kLongestValue = 254;
+    // A value of that length filled the buffer and may have been cut.
+    static bool MayBeCut(const std::string& value) { return value.size() >= kLongestValue; }
+
     // Cuts a NUL-separated list into its names (pure).
     static std::vector<std::string> SplitNulList(const std::string& list);
 

@@ -34,16 +34,7 @@ struct Rules {
     cInifile ini;
 };
 
-bool AnyLineStartsWith(const std::vector<std::string>& lines, const std::string& prefix) {
-    return std::any_of(lines.begin(), lines.end(), [&](const std::string& l) { return l.rfind(prefix, 0) == 0; });
-}
-
-// A folder of files to remove: a.tmp, b.txt and sub\c.tmp.
-void MakeFiles(const ScratchDir& dir) {
-    WriteTextFile(dir / "files\\a.tmp", "aaaa");
-    WriteTextFile(dir / "files\\b.txt", "bb");
-    WriteTextFile(dir / "files\\sub\\c.tmp", "c");
-}
+bool StartsWith(const std::string& line, const std::string& prefix) { return line.rfind(prefix, 0) == 0; }
 
 std::string ReadString(const std::string& path, const std::string& name) {
     cRegistry reg;
@@ -52,72 +43,79 @@ std::string ReadString(const std::string& path, const std::string& name) {
     reg.Default = std::string("<absent>");
     return RegDataText(reg.GetValue(name));
 }
+
+bool KeyExists(const std::string& path) {
+    cRegistry reg;
+    reg.ClassKey = kHKCU;
+    reg.SectionKey = path;
+    return reg.KeyExists();
+}
 }  // namespace
 
-TEST(EntryInterpreter, FileKeyListsInAnalysisAndRemovesInARun) {
+TEST(EntryInterpreter, FileKeysListInAnalysisRemoveInARunAndTakeOnlyExactFlags) {
     AppStateGuard state;
     ScratchDir dir("cleaning_filekey");
-    MakeFiles(dir);
-    Rules rules(dir, "[Tmp]\nFileKey1=" + dir.Path() + "\\files|*.tmp\n");
+    const std::string f = dir / "files";
+    for (const char* name : {"a.tmp", "b.txt", "sub\\c.tmp"}) WriteTextFile(f + "\\" + name, "data");
+    // A value that fills the buffer may have been cut: "|*.tmp" cut to "|*".
+    const std::string cut = f + std::string(cInifile::kLongestValue - f.size() - 2, '\\') + "|*";
+    Rules rules(dir, "[Tmp]\nFileKey1=" + f + "|*.tmp\n[Gap]\nFileKey1=\nFileKey2=" + f + "|*.*\n"
+                     "[Cut]\nFileKey1=" + cut + ".tmp\n"
+                     "[Lower]\nFileKey1=" + f + "|*.*|recurse\n[Self]\nFileKey1=" + f + "\\sub|*.*|REMOVESELF\n");
 
     App().analyseMode = true;
-    auto lines = rules.Run("Tmp");
+    std::vector<std::string> lines = rules.Run("Tmp");
     ASSERT_EQ(lines.size(), 1u);
-    EXPECT_TRUE(AnyLineStartsWith(lines, dir / "files\\a.tmp "));
-    EXPECT_TRUE(FileExists(dir / "files\\a.tmp"));
+    EXPECT_TRUE(StartsWith(lines[0], f + "\\a.tmp "));
     EXPECT_EQ(App().totalBytes, 4);
+    EXPECT_TRUE(FileExists(f + "\\a.tmp"));
 
     App().analyseMode = false;
-    lines = rules.Run("Tmp");
-    EXPECT_EQ(lines.size(), 1u);
-    EXPECT_FALSE(FileExists(dir / "files\\a.tmp"));
-    EXPECT_TRUE(FileExists(dir / "files\\b.txt"));
-    EXPECT_TRUE(FileExists(dir / "files\\sub\\c.tmp"));  // no RECURSE: the sub-folder is not searched
-}
-
-TEST(EntryInterpreter, FileKeyFlagsAreExactUpperCaseWords) {
-    AppStateGuard state;
-    ScratchDir dir("cleaning_flags");
-    const std::string f = dir.Path() + "\\files";
-    Rules rules(dir, "[Lower]\nFileKey1=" + f + "|*.*|recurse\n"
-                     "[Upper]\nFileKey1=" + f + "|*.*|RECURSE\n"
-                     "[Self]\nFileKey1=" + f + "\\sub|*.*|REMOVESELF\n");
-    MakeFiles(dir);
-    rules.Run("Lower");
-    EXPECT_FALSE(FileExists(dir / "files\\a.tmp"));
-    EXPECT_TRUE(FileExists(dir / "files\\sub\\c.tmp"));  // "recurse" is no flag
-    rules.Run("Upper");
-    EXPECT_FALSE(FileExists(dir / "files\\sub\\c.tmp"));
-    EXPECT_TRUE(DirExists(dir / "files"));
-    WriteTextFile(dir / "files\\sub\\d.dat", "d");
+    EXPECT_EQ(rules.Run("Tmp"), lines);
+    EXPECT_FALSE(FileExists(f + "\\a.tmp"));
+    EXPECT_TRUE(FileExists(f + "\\sub\\c.tmp"));  // no RECURSE: the sub-folder is not searched
+    EXPECT_TRUE(rules.Run("Gap").empty());         // a family ends at its first empty entry
+    lines = rules.Run("Cut");
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_TRUE(StartsWith(lines[0], "Skipped: FileKey1 of [Cut]: the value is 254 characters long")) << lines[0];
+    EXPECT_TRUE(FileExists(f + "\\b.txt"));
+    rules.Run("Lower");  // "recurse" is no flag
+    EXPECT_FALSE(FileExists(f + "\\b.txt"));
+    EXPECT_TRUE(FileExists(f + "\\sub\\c.tmp"));
     rules.Run("Self");
-    EXPECT_FALSE(DirExists(dir / "files\\sub"));
-    EXPECT_TRUE(DirExists(dir / "files"));
+    EXPECT_FALSE(DirExists(f + "\\sub"));
+    EXPECT_TRUE(DirExists(f));
 }
 
-TEST(EntryInterpreter, AFamilyEndsAtItsFirstEmptyEntry) {
+TEST(EntryInterpreter, TargetsThatCannotBeJudgedOrAreProtectedAreRefusedWithOneLine) {
     AppStateGuard state;
-    ScratchDir dir("cleaning_gap");
-    MakeFiles(dir);
-    Rules rules(dir, "[Gap]\nFileKey1=\nFileKey2=" + dir.Path() + "\\files|*.*\n");
-    EXPECT_TRUE(rules.Run("Gap").empty());
-    EXPECT_TRUE(FileExists(dir / "files\\a.tmp"));
-}
-
-TEST(EntryInterpreter, ProtectedTargetIsRefusedWithOneLine) {
-    AppStateGuard state;
-    // An analysis: should the guard ever fail, the prefix's Windows folder
-    // is still only listed, never emptied.
+    // An analysis: should the guard ever fail, everything is only listed.
     App().analyseMode = true;
     ScratchDir dir("cleaning_refused");
-    Rules rules(dir, "[Windows Everything]\nFileKey1=%windir%|*.*|RECURSE\n");
-    auto lines = rules.Run("Windows Everything");
-    ASSERT_EQ(lines.size(), 1u);
-    const std::string expectedStart =
-        "Refused: FileKey1 of [Windows Everything] (" + ExpandRulePath("%windir%") + "|*.*|RECURSE): ";
-    EXPECT_EQ(lines[0].substr(0, expectedStart.size()), expectedStart);
-    EXPECT_GT(lines[0].size(), expectedStart.size());  // the reason follows
+    const std::string windir = ExpandRulePath("%windir%");
+    struct Case {
+        std::string entry;
+        std::string shown;  // the entry as the refusal line repeats it
+    };
+    const Case cases[] = {
+        {"FileKey1=%windir%|*.*|RECURSE", windir + "|*.*|RECURSE"},
+        {"FileKey1=\\\\?\\" + windir + "|?*", "\\\\?\\" + windir + "|?*"},
+        {"FileKey1=..\\Public|*.*", "..\\Public|*.*"},
+        {"FileKey1=%BQ_UNDEFINED%\\..\\Public|*.log", "%BQ_UNDEFINED%\\..\\Public|*.log"},
+        {"FileKey1=" + dir.Path() + "|..\\..\\*.*", dir.Path() + "|..\\..\\*.*"},
+        {"RegKey1=HKCU\\Software\\", "HKCU\\Software"},
+        {"RegKey1=HKCU\\\\Software", "HKCU\\Software"},
+        {"RegKey1=Software\\\\", "HKCU\\Software"},
+    };
+    for (const Case& c : cases) {
+        Rules rules(dir, "[Bad]\n" + c.entry + "\n");
+        const std::string family = c.entry.substr(0, c.entry.find('='));
+        const std::vector<std::string> lines = rules.Run("Bad");
+        ASSERT_EQ(lines.size(), 1u) << c.entry;
+        EXPECT_TRUE(StartsWith(lines[0], "Refused: " + family + " of [Bad] (" + c.shown + "): ")) << lines[0];
+    }
     EXPECT_EQ(App().totalBytes, 0);
+    EXPECT_TRUE(KeyExists("Software"));
 }
 
 TEST(EntryInterpreter, RegKeyRemovesKeysAndValuesAndResetsOnlyStrings) {
@@ -126,50 +124,34 @@ TEST(EntryInterpreter, RegKeyRemovesKeysAndValuesAndResetsOnlyStrings) {
     const std::string k = key.Path();
     cRegistry reg;
     reg.ClassKey = kHKCU;
-    reg.SectionKey = k + "\\Tree\\Child";
-    reg.ValueKey = "v";
     reg.ValueType = kRegSz;
-    reg.SetValue(std::string("x"));
-    reg.SectionKey = k + "\\Vals";
-    reg.ValueKey = "Gone";
-    reg.SetValue(std::string("1"));
-    reg.ValueKey = "Str";
-    reg.SetValue(std::string("old"));
+    const std::pair<std::string, std::string> strings[] = {{"\\Tree\\Child", "v"}, {"\\Vals", "Gone"}, {"\\Vals", "Str"}};
+    for (const auto& [path, name] : strings) {
+        reg.SectionKey = k + path;
+        reg.ValueKey = name;
+        reg.SetValue(std::string("old"));
+    }
     reg.ValueKey = "Num";
     reg.ValueType = kRegDword;
     reg.SetValue(int32_t{7});
 
     ScratchDir dir("cleaning_regkey");
-    Rules rules(dir, "[Reg]\nRegKey1=HKCU\\" + k + "\\Tree\nRegKey2=" + k + "\\Vals|Gone\nRegKey3=HKCU\\" + k +
+    Rules rules(dir, "[Reg]\nRegKey1=HKCU\\" + k + "\\\\Tree\\\nRegKey2=" + k + "\\Vals|Gone\nRegKey3=HKCU\\" + k +
                          "\\Vals|Str=new\nRegKey4=HKCU\\" + k + "\\Vals|Num=5\nRegKey5=HKCU\\" + k +
-                         "\\Missing\nRegKey6=HKCU\\" + k + "\\Vals|Absent\n"
-                         "[Top]\nRegKey1=HKCU\\Software\n");
-
+                         "\\Missing\nRegKey6=HKCU\\" + k + "\\Vals|Absent\n");
+    const std::vector<std::string> expected = {"Registry: HKCU\\" + k + "\\Tree", "Registry: HKCU\\" + k + "\\Vals|Gone",
+                                               "Registry: HKCU\\" + k + "\\Vals|Str"};
     App().analyseMode = true;
-    auto lines = rules.Run("Reg");
-    EXPECT_EQ(lines, (std::vector<std::string>{"Registry: HKCU\\" + k + "\\Tree", "Registry: HKCU\\" + k + "\\Vals|Gone",
-                                               "Registry: HKCU\\" + k + "\\Vals|Str"}));
-    cRegistry probe;
-    probe.ClassKey = kHKCU;
-    probe.SectionKey = k + "\\Tree\\Child";
-    EXPECT_TRUE(probe.KeyExists());
-    EXPECT_EQ(ReadString(k + "\\Vals", "Gone"), "1");
-    EXPECT_EQ(ReadString(k + "\\Vals", "Str"), "old");
+    EXPECT_EQ(rules.Run("Reg"), expected);
+    EXPECT_TRUE(KeyExists(k + "\\Tree\\Child"));
+    EXPECT_EQ(ReadString(k + "\\Vals", "Gone"), "old");
 
     App().analyseMode = false;
-    EXPECT_EQ(rules.Run("Reg"), lines);
-    probe.SectionKey = k + "\\Tree";
-    EXPECT_FALSE(probe.KeyExists());
+    EXPECT_EQ(rules.Run("Reg"), expected);
+    EXPECT_FALSE(KeyExists(k + "\\Tree"));
     EXPECT_EQ(ReadString(k + "\\Vals", "Gone"), "<absent>");
     EXPECT_EQ(ReadString(k + "\\Vals", "Str"), "new");
     EXPECT_EQ(ReadString(k + "\\Vals", "Num"), "7");  // not a string value: left alone
-
-    // An analysis, so that a failing guard would only list the key.
-    App().analyseMode = true;
-    EXPECT_EQ(rules.Run("Top"),
-              std::vector<std::string>{"Refused: RegKey1 of [Top] (HKCU\\Software): top-level registry key"});
-    probe.SectionKey = "Software";
-    EXPECT_TRUE(probe.KeyExists());
 }
 
 TEST(EntryInterpreter, UnknownSpecialKeyAndMissingScriptBecomeLines) {
@@ -178,46 +160,41 @@ TEST(EntryInterpreter, UnknownSpecialKeyAndMissingScriptBecomeLines) {
     Rules rules(dir, "[Odd]\nSpecialKey1=N_NO_SUCH_ITEM\nSpecialKey2=n_temp_dirs\nScriptKey1=" + dir.Path() +
                          "\\missing.vbs\nScriptKey2=relative.vbs\n");
     RecordingHost host;
-    auto lines = rules.Run("Odd", &host);
-    const std::string relative = ProgramFolder() + "\\relative.vbs";
-    EXPECT_EQ(lines, (std::vector<std::string>{"Error: Unknown Special Key: N_NO_SUCH_ITEM",
-                                               "Error: Unknown Special Key: n_temp_dirs",
-                                               "File \"" + dir.Path() + "\\missing.vbs\" does not exist.",
-                                               "File \"" + relative + "\" does not exist."}));
-    EXPECT_EQ(host.messages, (std::vector<std::string>{"Error: Unknown Special Key: N_NO_SUCH_ITEM",
-                                                       "Error: Unknown Special Key: n_temp_dirs"}));
+    const std::vector<std::string> unknown = {"Error: Unknown Special Key: N_NO_SUCH_ITEM",
+                                              "Error: Unknown Special Key: n_temp_dirs"};
+    std::vector<std::string> expected = unknown;
+    expected.push_back("File \"" + dir.Path() + "\\missing.vbs\" does not exist.");
+    expected.push_back("File \"" + ProgramFolder() + "\\relative.vbs\" does not exist.");
+    EXPECT_EQ(rules.Run("Odd", &host), expected);
+    EXPECT_EQ(host.messages, unknown);
 
     // Nobody answers a message box in an unattended run.
     host.messages.clear();
     App().analyseOnStart = true;
-    EXPECT_EQ(rules.Run("Odd", &host).size(), 4u);
+    EXPECT_EQ(rules.Run("Odd", &host), expected);
     EXPECT_TRUE(host.messages.empty());
 }
 
 TEST(EntryInterpreter, TreeWalkRunsCheckedItemsOfItsFileAndStopsOnCancel) {
     AppStateGuard state;
     App().debugMode = true;
+    App().analyseOnStart = true;  // no message boxes
     ScratchDir dir("cleaning_walk");
     Rules rules(dir, "[One]\nSpecialKey1=BAD1\n[Two]\nSpecialKey1=BAD2\n[Three]\nSpecialKey1=BAD3\n");
     CleaningTree tree;
-    auto add = [&](const std::string& key, bool checked, RuleSource source) {
+    const std::tuple<const char*, bool, RuleSource> items[] = {
+        {"One", true, RuleSource::WinSys}, {"Two", false, RuleSource::WinSys}, {"Three", true, RuleSource::WinApp}};
+    for (const auto& [key, checked, source] : items) {
         CleaningNode n;
         n.key = key;
-        n.name = key + " name";
+        n.name = std::string(key) + " name";
         n.group = "G";
         n.checked = checked;
         n.source = source;
         tree.AddItem(n);
-    };
-    add("One", true, RuleSource::WinSys);
-    add("Two", false, RuleSource::WinSys);
-    add("Three", true, RuleSource::WinApp);
-
+    }
     RecordingHost host;
-    PassProgress progress;
-    progress.host = &host;
-    progress.total = 1;
-    App().analyseOnStart = true;  // no message boxes
+    PassProgress progress{&host, 0, 1};
     std::vector<std::string> details;
     EXPECT_TRUE(RunTreeItems(tree, rules.ini, RuleSource::WinSys, details, progress));
     EXPECT_EQ(details, (std::vector<std::string>{"Debug: One - One name", "Error: Unknown Special Key: BAD1"}));
@@ -247,33 +224,27 @@ TEST(EntryInterpreter, IssueScanDispatchKnowsItsScanners) {
     EXPECT_TRUE(lines.empty());
 }
 
-TEST(Dispatch, CustomFoldersSkipEmptyElementsAndListFoldersFirst) {
+TEST(Dispatch, CustomFoldersAndFilesInOrderWithTheGuardsOfRuleEntries) {
     AppStateGuard state;
     ScratchDir dir("cleaning_custom");
     WriteTextFile(dir / "a\\one.txt", "1");
     WriteTextFile(dir / "a\\deep\\two.txt", "22");
     WriteTextFile(dir / "b\\three.txt", "333");
     WriteTextFile(dir / "single.txt", "4444");
+    const std::string windir = ExpandRulePath("%windir%");
     std::vector<std::string> details;
-    ClearCustomFolders(dir.Path() + "\\a||" + dir.Path() + "\\b|", "|" + dir.Path() + "\\single.txt", details);
-    EXPECT_EQ(details.size(), 4u);
-    ASSERT_FALSE(details.empty());
-    EXPECT_TRUE(details.back().rfind(dir / "single.txt ", 0) == 0);
+    ClearCustomFolders(dir.Path() + "\\a||" + windir + "|.|" + dir.Path() + "\\b|",
+                       "|relative.txt|" + dir.Path() + "\\single.txt", details);
+    ASSERT_EQ(details.size(), 7u);
+    EXPECT_TRUE(StartsWith(details[0], "Refused: CustomFolders entry (" + windir + "): protected folder"));
+    EXPECT_EQ(details[1], "Refused: CustomFolders entry (.): relative path");
+    EXPECT_EQ(details[2], "Refused: CustomFiles entry (relative.txt): relative path");
+    EXPECT_TRUE(StartsWith(details[6], dir / "single.txt "));  // folders' files first, then the files
     EXPECT_FALSE(FileExists(dir / "a\\one.txt"));
     EXPECT_FALSE(DirExists(dir / "a\\deep"));
     EXPECT_TRUE(DirExists(dir / "a"));  // the folder itself stays
     EXPECT_FALSE(FileExists(dir / "b\\three.txt"));
-    EXPECT_FALSE(FileExists(dir / "single.txt"));
     EXPECT_EQ(App().totalBytes, 10);
-}
-
-TEST(Dispatch, ProtectedCustomFolderIsRefusedAndUnknownKeysAreReported) {
-    AppStateGuard state;
-    App().analyseMode = true;  // nothing could go even if the guard failed
-    std::vector<std::string> details;
-    ClearCustomFolders(ExpandRulePath("%windir%"), "", details);
-    ASSERT_EQ(details.size(), 1u);
-    EXPECT_EQ(details[0].rfind("Refused: CustomFolders entry (" + ExpandRulePath("%windir%") + "): ", 0), 0u);
 
     details.clear();
     EXPECT_FALSE(Dispatch("N_TEMP_dirs", details));

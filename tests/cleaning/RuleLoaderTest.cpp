@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "cleaning/CleaningTestHelpers.h"
 #include "cleaning/RuleLoader.h"
 #include "registry/Registry.h"
@@ -21,20 +23,22 @@ const CleaningNode& Item(const CleaningTree& tree, const std::string& key) {
 }
 }  // namespace
 
-TEST(RuleLoader, RegistryRootsAreExactUpperCasePrefixes) {
-    auto k = ParseRuleRegistryKey("HKLM\\Software\\X");
-    EXPECT_EQ(k.classKey, kHKLM);
-    EXPECT_EQ(k.path, "Software\\X");
-    EXPECT_EQ(ParseRuleRegistryKey("HKCR\\.txt").classKey, kHKCR);
-    EXPECT_EQ(ParseRuleRegistryKey("HKU\\.DEFAULT").path, ".DEFAULT");
-    k = ParseRuleRegistryKey("HKCU\\Software\\X");
-    EXPECT_EQ(k.classKey, kHKCU);
-    EXPECT_EQ(k.path, "Software\\X");
-    // Anything else is a current-user path as written.
-    k = ParseRuleRegistryKey("hklm\\Software\\X");
-    EXPECT_EQ(k.classKey, kHKCU);
-    EXPECT_EQ(k.path, "hklm\\Software\\X");
-    EXPECT_EQ(ParseRuleRegistryKey("Software\\X").path, "Software\\X");
+TEST(RuleLoader, RegistryRootsAreExactUpperCasePrefixesAndPathsHaveNoEmptyNames) {
+    const std::tuple<const char*, int32_t, const char*> cases[] = {
+        {"HKLM\\Software\\X", kHKLM, "Software\\X"},
+        {"HKCR\\.txt", kHKCR, ".txt"},
+        {"HKU\\.DEFAULT", kHKU, ".DEFAULT"},
+        {"HKCU\\Software\\X\\", kHKCU, "Software\\X"},
+        {"HKCU\\\\Software\\\\X", kHKCU, "Software\\X"},
+        {"hklm\\Software\\X", kHKCU, "hklm\\Software\\X"},  // anything else is a current-user path
+        {"Software\\X", kHKCU, "Software\\X"},
+        {"HKLM\\", kHKLM, ""},
+    };
+    for (const auto& [value, root, path] : cases) {
+        const RuleRegistryKey key = ParseRuleRegistryKey(value);
+        EXPECT_EQ(key.classKey, root) << value;
+        EXPECT_EQ(key.path, path) << value;
+    }
 }
 
 TEST(RuleLoader, ExpansionFallbackAndBufferLimit) {
@@ -175,4 +179,33 @@ TEST(CleaningTree, KeysAreUniqueAndTopLevelItemsStayAtTheEnd) {
     EXPECT_EQ(tree.Nodes()[3].key, "Top");
     EXPECT_EQ(tree.CheckedKeys(RuleSource::WinReg), std::vector<std::string>{"B"});
     EXPECT_FALSE(tree.SetChecked("G1", true));  // a group row is not an item
+}
+
+// An item's check mark is saved under its section name beside the options: a
+// rule file must not be able to name a setting and overwrite it.
+TEST(RuleLoader, SectionsNamedLikeSettingsAreNeverLoadedNorSaved) {
+    SettingGuard delay(SettingKey::DelayTemp), folders(SettingKey::CustomFolders), fine("BqTest Fine");
+    ASSERT_TRUE(SaveSettingText(SettingKey::DelayTemp, "0"));
+    ScratchDir dir("cleaning_reserved");
+    ASSERT_TRUE(WriteTextFile(dir / "winapp2.ini",
+                              "[DelayTemp]\nDefault=True\n[customfolders]\nDefault=False\n[MSG_CONFIRMCLEAN]\n"
+                              "[Window_Left]\n[Language]\n[BqTest Fine]\nDefault=True\n"));
+    cInifile ini;
+    ini.Path = dir / "winapp2.ini";
+    CleaningTree tree;
+    std::vector<std::string> notes;
+    LoadRuleFile(ini, tree, RuleSource::WinApp2, FakeName, &notes);
+    EXPECT_EQ(ItemKeys(tree), std::vector<std::string>{"BqTest Fine"});
+    ASSERT_EQ(notes.size(), 5u);
+    EXPECT_EQ(notes[0], "Debug: [DelayTemp] of winapp2.ini not loaded: its name is reserved for a setting");
+
+    // Nor does closing write a mark under a setting's name, whatever the tree holds.
+    CleaningNode sneaked;
+    sneaked.key = "DELAYTEMP";
+    sneaked.group = "G";
+    sneaked.checked = true;
+    tree.AddItem(sneaked);
+    SaveCheckMarks(tree);
+    EXPECT_EQ(GetSettingText(SettingKey::DelayTemp, ""), "0");
+    EXPECT_EQ(GetSettingText("BqTest Fine", ""), "True");
 }

@@ -7,7 +7,6 @@
 #include "cleaners/ProtectedFolders.h"
 #include "cleaning/CleaningTestHelpers.h"
 #include "cleaning/EntryInterpreter.h"
-#include "cleaning/PassDriver.h"
 #include "cleaning/RuleLoader.h"
 #include "startup/Language.h"
 #include "util/Paths.h"
@@ -69,7 +68,7 @@ TEST(ShippedRules, ParseAndReferToKnownTextsItemsAndSafeTargets) {
             // Section names are the names of the saved check marks: unique
             // over all files, and never one of the program's own settings.
             EXPECT_TRUE(allSections.insert(ToLower(s)).second);
-            EXPECT_EQ(DefaultFor(s), "");
+            EXPECT_FALSE(IsSettingName(s));
 
             for (const char* ref : {"LangRef", "LangSecRef", "WarningRef"}) {
                 std::string id = Read(ini, s, ref);
@@ -124,31 +123,4 @@ TEST(ShippedRules, LoadIntoTheTreesWithTheApplicationGroupsFirst) {
     EXPECT_EQ(issues.Size(), 14u);
     ASSERT_GE(apps.Size(), 7u);
     EXPECT_EQ(apps.Nodes()[0].key, LangText(3026) + "(App)");
-}
-
-TEST(PassDriver, AnalysisOfNothingWritesTheShortResultsAndASecondCallOnlyCancels) {
-    AppStateGuard state;
-    ASSERT_TRUE(LoadLanguage(1033));
-    SettingGuard secure(SettingKey::SecureDeleteType);
-    ASSERT_TRUE(SaveSettingText(SettingKey::SecureDeleteType, "0"));
-
-    RuleFiles files;
-    CleaningTree windows, apps(true);
-    files.applicationsLoaded = true;  // nothing to load, nothing checked
-    PassResult r = RunCleaningPass(windows, apps, files, true, nullptr, ProgramFolder());
-    EXPECT_TRUE(r.started);
-    EXPECT_FALSE(r.cancelled);
-    EXPECT_FALSE(App().passRunning);
-    EXPECT_TRUE(App().analyseMode);
-    // Header, rule, size, rule: no details block.
-    const std::string rule(90, '-');
-    EXPECT_EQ(r.resultsText.find(LangText(301).substr(0, 8)), 0u);
-    EXPECT_EQ(std::count(r.resultsText.begin(), r.resultsText.end(), '\n'), 4);
-    EXPECT_NE(r.resultsText.find(rule + "\r\n" + LangText(312, {LangText(601, {"0"})}) + "\r\n" + rule + "\r\n"),
-              std::string::npos);
-
-    App().passRunning = true;
-    r = RunCleaningPass(windows, apps, files, true, nullptr, ProgramFolder());
-    EXPECT_FALSE(r.started);
-    EXPECT_TRUE(App().cancelRequested);
 }

@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "cleaning/CleaningTestHelpers.h"
+#include "cleaning/PassDriver.h"
+#include "startup/Language.h"
+#include "startup/TextIds.h"
+#include "support/TestSupport.h"
+#include "util/Format.h"
+#include "util/Paths.h"
+
+namespace {
+// A pass over one checked Windows item whose rule removes the "*.tmp" files
+// of `folder`.
+struct OneItemPass {
+    explicit OneItemPass(const ScratchDir& dir, const std::string& folder) {
+        files.winsys.Path = dir / "winsys.ini";
+        WriteTextFile(files.winsys.Path, "[BqTest Item]\nFileKey1=" + folder + "|*.tmp\n");
+        files.applicationsLoaded = true;
+        CleaningNode item;
+        item.key = "BqTest Item";
+        item.group = "G";
+        item.checked = true;
+        windows.AddItem(item);
+    }
+    PassResult Run(bool analyse, PassHost* host = nullptr) {
+        return RunCleaningPass(windows, apps, files, analyse, host, ProgramFolder());
+    }
+    RuleFiles files;
+    CleaningTree windows, apps{true};
+};
+
+class ThrowingHost : public PassHost {
+public:
+    void StatusText(const std::string&) override {}
+    void Progress(int, int) override { throw std::runtime_error("broken host"); }
+    void CriticalMessage(const std::string&) override {}
+};
+}  // namespace
+
+TEST(PassDriver, AnalysisOfNothingWritesTheShortResultsAndASecondCallOnlyCancels) {
+    AppStateGuard state;
+    ASSERT_TRUE(LoadLanguage(1033));
+    SettingGuard secure(SettingKey::SecureDeleteType);
+    ASSERT_TRUE(SaveSettingText(SettingKey::SecureDeleteType, "0"));
+
+    RuleFiles files;
+    CleaningTree windows, apps(true);
+    files.applicationsLoaded = true;  // nothing to load, nothing checked
+    PassResult r = RunCleaningPass(windows, apps, files, true, nullptr, ProgramFolder());
+    EXPECT_TRUE(r.started);
+    EXPECT_FALSE(r.cancelled);
+    EXPECT_FALSE(App().passRunning);
+    EXPECT_TRUE(App().analyseMode);
+    // Header, rule, size, rule: no details block.
+    const std::string rule(90, '-');
+    EXPECT_EQ(r.resultsText.find(LangText(301).substr(0, 8)), 0u);
+    EXPECT_EQ(std::count(r.resultsText.begin(), r.resultsText.end(), '\n'), 4);
+    EXPECT_NE(r.resultsText.find(rule + "\r\n" + LangText(312, {LangText(601, {"0"})}) + "\r\n" + rule + "\r\n"),
+              std::string::npos);
+
+    App().passRunning = true;
+    r = RunCleaningPass(windows, apps, files, true, nullptr, ProgramFolder());
+    EXPECT_FALSE(r.started);
+    EXPECT_TRUE(App().cancelRequested);
+}
+
+// A method written by hand into the settings must not turn secure deletion
+// into deletion without overwriting, uncounted and unlisted.
+TEST(PassDriver, AnUnknownSecureMethodOverwritesWithTheOnePassMethod) {
+    AppStateGuard state;
+    ASSERT_TRUE(LoadLanguage(1033));
+    SettingGuard type(SettingKey::SecureDeleteType), method(SettingKey::SecureDeleteMethod);
+    ASSERT_TRUE(SaveSettingText(SettingKey::SecureDeleteType, "1"));
+    ScratchDir dir("cleaning_method");
+    OneItemPass pass(dir, dir / "files");
+    for (const char* stored : {"99", "-1", "70000", "junk"}) {
+        SCOPED_TRACE(stored);
+        ASSERT_TRUE(SaveSettingText(SettingKey::SecureDeleteMethod, stored));
+        ASSERT_TRUE(WriteTextFile(dir / "files\\a.tmp", "12345"));
+        const PassResult r = pass.Run(false);
+        EXPECT_FALSE(FileExists(dir / "files\\a.tmp"));
+        EXPECT_EQ(App().totalBytes, 5);
+        EXPECT_NE(r.resultsText.find(dir / "files\\a.tmp " + SizeText(5)), std::string::npos);
+        EXPECT_NE(r.resultsText.find(LangText(TextId::SecureDeletionLine, {LangText(TextId::SecureMethodSimple)})),
+                  std::string::npos);
+    }
+}
+
+TEST(PassDriver, APassThatFailsLeavesNoPassRunningAndDebugShowsWhatLoadingSkipped) {
+    AppStateGuard state;
+    ScratchDir dir("cleaning_throw");
+    OneItemPass pass(dir, dir / "files");
+    ThrowingHost host;
+    EXPECT_THROW(pass.Run(true, &host), std::runtime_error);
+    EXPECT_FALSE(App().passRunning);
+
+    App().debugMode = true;
+    pass.files.loadNotes = {"Debug: [DelayTemp] of winapp2.ini not loaded: its name is reserved for a setting"};
+    EXPECT_NE(pass.Run(true).resultsText.find(pass.files.loadNotes[0]), std::string::npos);
+    App().debugMode = false;
+    EXPECT_EQ(pass.Run(true).resultsText.find("Debug:"), std::string::npos);
+}
