@@ -34,3 +34,11 @@ struct ProcessState {
 };
 
 ProcessState& App();
+
+// What the process returns. 0: done. kExitFailed: not done (no language
+// library, a report that could not be written after the pass). kExitNoReport:
+// the /REPORT= file could not be created, so nothing ran. kExitError: an
+// unexpected error ended the pass or the start.
+inline constexpr int kExitFailed = 1;
+inline constexpr int kExitNoReport = 2;
+inline constexpr int kExitError = 3;

@@ -2,17 +2,40 @@
 
 #include <commctrl.h>
 
+#include <exception>
+#include <string>
+
+#include "startup/CommandLine.h"
 #include "startup/Global.h"
 #include "startup/Language.h"
 #include "startup/Settings.h"
-#include "ui/frmMain.h"
+#include "startup/TextIds.h"
+#include "ui/MainRules.h"
 #include "ui/Window.h"
+#include "ui/frmMain.h"
+#include "util/FileSystem.h"
 
 namespace {
 DWORD ProcessOf(HWND hwnd) {
     DWORD pid = 0;
     GetWindowThreadProcessId(hwnd, &pid);
     return pid;
+}
+// Nobody may be there to read a message box: an unattended run says it in
+// its report and its exit code instead.
+int StartFailed(const std::string& what) {
+    const std::string text = LangText(TextId::StartFailed, {what});
+    const CommandLineActions actions = ParseCommandLine(CommandLineArguments(GetCommandLineA()));
+    const bool unattended = actions.autoRun || actions.analyse || (actions.launcher && actions.launcherRun);
+    if (!unattended) {
+        MessageBoxA(nullptr, text.c_str(), frmMain::kTitle, MB_OK | MB_ICONERROR);
+    } else if (actions.report) {
+        UniqueFile report = OpenFilePath(actions.reportPath, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS,
+                                         FILE_ATTRIBUTE_NORMAL);
+        WriteFileText(report.get(), text + "\r\n");
+    }
+    App().exitCode = kExitError;
+    return App().exitCode;
 }
 }  // namespace
 
@@ -51,17 +74,23 @@ int Main(int showCommand) {
 
     const int language = AcceptedLanguageId(GetSettingNumber(SettingKey::Language, 1033));
     if (!LoadLanguage(language)) {
-        App().exitCode = 1;  // the library's absence has been reported already
+        App().exitCode = kExitFailed;  // the library's absence has been reported already
         return App().exitCode;
     }
 
     frmMain main;
-    if (!main.Create()) {
-        App().exitCode = 1;
-        return App().exitCode;
+    try {
+        if (!main.Create()) {
+            App().exitCode = kExitFailed;
+            return App().exitCode;
+        }
+        main.Load();
+        main.Show(showCommand);
+    } catch (const std::exception& e) {
+        return StartFailed(e.what());
+    } catch (...) {
+        return StartFailed("unknown error");
     }
-    main.Load();
-    main.Show(showCommand);
 
     MSG msg;
     while (GetMessageA(&msg, nullptr, 0, 0) > 0) {

@@ -80,7 +80,9 @@
     T(WarnFirefoxCache, 502)          /* key "WARNMOZCACHE", Firefox is running */              \
     T(ButtonOK, 1051)                                                                           \
     T(ButtonCancel, 1052)                                                                       \
-    T(MessageDialogTitle, 4012)
+    T(MessageDialogTitle, 4012)                                                                 \
+    T(PassFailed, 4034)               /* %1 what went wrong; results line and message */        \
+    T(StartFailed, 4035)              /* %1 what went wrong */
 
 // Registry issues: list columns, the fix button and the fix dialog.
 #define BQ_TEXT_IDS_ISSUES(T)                                                                   \

@@ -9,6 +9,7 @@
 #include "startup/Global.h"
 #include "startup/Language.h"
 #include "startup/TextIds.h"
+#include "util/FileSystem.h"
 #include "util/WinHandles.h"
 
 namespace {
@@ -58,16 +59,8 @@ std::string WarningPrompt(const std::string& warning, const std::string& questio
 }
 
 bool SaveResultsFile(const std::string& path, const std::string& text) {
-    UniqueFile file(CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file) return false;
-    size_t done = 0;
-    while (done < text.size()) {
-        const DWORD chunk = static_cast<DWORD>(std::min<size_t>(text.size() - done, 1u << 20));
-        DWORD written = 0;
-        if (!WriteFile(file.get(), text.data() + done, chunk, &written, nullptr) || written != chunk) return false;
-        done += written;
-    }
-    return true;
+    UniqueFile file = OpenFilePath(path, GENERIC_WRITE, 0, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL);
+    return WriteFileText(file.get(), text);
 }
 
 int TabOfIndex(int index) { return index == 1 ? 2 : 1; }

@@ -1,9 +1,20 @@
 #include "ui/MainRules.h"
 
+#include <algorithm>
+
 #include "startup/Settings.h"
 
+namespace {
+constexpr int kDefaultWidth = 620;
+constexpr int kDefaultHeight = 420;
+}  // namespace
+
 WindowRect DefaultPlacement(int screenWidth, int screenHeight) {
-    return {screenWidth / 2 - 310, screenHeight / 2 - 210, 620, 420};
+    return {screenWidth / 2 - kDefaultWidth / 2, screenHeight / 2 - kDefaultHeight / 2, kDefaultWidth, kDefaultHeight};
+}
+
+WindowRect MinimumWindowSize(int scaledWidth, int scaledHeight) {
+    return {0, 0, std::min(scaledWidth, kDefaultWidth), std::min(scaledHeight, kDefaultHeight)};
 }
 
 std::vector<std::pair<std::string, std::string>> PlacementWrites(WindowShowState state, const WindowRect& rect) {

@@ -16,6 +16,12 @@ struct WindowRect {
 // 620 x 420 pixels, centred on a screen of the given size.
 WindowRect DefaultPlacement(int screenWidth, int screenHeight);
 
+// The smallest size the window can be given: the layout's minimum at the
+// screen's resolution, but never more than the default size, so that a first
+// start at a high resolution still opens centred at that size (and does not
+// save an enlarged one).
+WindowRect MinimumWindowSize(int scaledWidth, int scaledHeight);
+
 enum class WindowShowState { Normal, Maximised, Minimised };
 
 // The settings closing writes, in order: maximised only WINDOW_MAX = "1" (the

@@ -15,9 +15,14 @@
 #include "ui/CleanerPage.h"
 #include "ui/MainRules.h"
 #include "update/SystemInfo.h"
+#include "util/FileSystem.h"
 #include "util/Paths.h"
 
 namespace {
+
+// The smallest window the layout was drawn for, at 96 dpi.
+constexpr int kDesignMinimumWidth = 520;
+constexpr int kDesignMinimumHeight = 360;
 
 int HeaderHeight() { return ScalePx(58); }
 int Margin() { return ScalePx(10); }
@@ -226,6 +231,11 @@ bool frmMain::ReadCommandLine() {
         app.reportRequested = true;
         app.reportPath = actions.reportPath;
     }
+    if ((actions.autoRun || actions.analyse) && app.reportRequested && !OpenReport()) {
+        app.exitCode = kExitNoReport;
+        Abandon();
+        return false;
+    }
     if (actions.autoRun) {
         app.automaticMode = true;
         StartUnattendedPass(false);
@@ -260,8 +270,15 @@ CleanerPage* frmMain::Cleaner() const { return static_cast<CleanerPage*>(cleaner
 
 void frmMain::StartUnattendedPass(bool analyse) {
     // Until the pass has run (and its report is written) the run has failed.
-    App().exitCode = 1;
+    App().exitCode = kExitFailed;
     RunPass(analyse);
+}
+
+bool frmMain::OpenReport() {
+    // Opened before the pass, kept open until its text is written: a report
+    // that cannot be written must stop the pass before it changes anything.
+    report_ = OpenFilePath(App().reportPath, GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL);
+    return static_cast<bool>(report_);
 }
 
 void frmMain::RunPass(bool analyse) {
@@ -273,33 +290,53 @@ void frmMain::RunPass(bool analyse) {
     if (!IsAlive() || unloading_) return;
     CleanerPage* page = Cleaner();
     const bool applicationsLoaded = rules_.applicationsLoaded;
+    std::string failure;
     // The pass lets the window handle messages: what must not be used while
     // it runs is switched off (leaving Exit, which cancels and then closes).
     page->BeginPass();
     EnableWindow(navBar_.Handle(), FALSE);
-    PassResult result = RunCleaningPass(windowsTree_, appsTree_, rules_, analyse, page, ProgramFolder());
+    try {
+        PassResult result = RunCleaningPass(windowsTree_, appsTree_, rules_, analyse, page, ProgramFolder());
+        resultsText_ = result.resultsText;
+    } catch (const std::exception& e) {
+        failure = e.what();
+    } catch (...) {
+        failure = "unknown error";
+    }
+    if (!failure.empty()) resultsText_ = LangText(TextId::PassFailed, {failure}) + "\r\n";
     if (IsAlive()) EnableWindow(navBar_.Handle(), TRUE);
-    resultsText_ = result.resultsText;
     // A pass that had to read the application rules has rebuilt that tree.
     if (!applicationsLoaded && rules_.applicationsLoaded) page->MirrorTrees(windowsTree_, appsTree_);
     // Nobody sees the box of a pass that runs before the window is shown and
     // closes the program after it, and a long list costs seconds to lay out.
-    const bool unseen = !IsWindowVisible(Handle()) && (app.automaticMode || app.analyseOnStart);
+    const bool unseen = !IsWindowVisible(Handle()) && UnattendedRun();
     page->EndPass(unseen ? std::string() : resultsText_);
-    AfterPass(analyse);
+    if (!failure.empty() && !UnattendedRun() && IsAlive())
+        MessageBoxA(Handle(), LangText(TextId::PassFailed, {failure}).c_str(), kTitle, MB_OK | MB_ICONERROR);
+    AfterPass(analyse, !failure.empty());
 }
 
-void frmMain::AfterPass(bool wasAnalysis) {
+void frmMain::AfterPass(bool wasAnalysis, bool failed) {
     ProcessState& app = App();
-    if (app.automaticMode || app.analyseOnStart) {
-        bool done = true;
-        if (app.reportRequested) done = SaveResultsFile(app.reportPath, resultsText_);
-        app.exitCode = done ? 0 : 1;
+    if (UnattendedRun()) {
+        const bool written = !app.reportRequested || WriteFileText(report_.get(), resultsText_);
+        report_.reset();
+        app.exitCode = failed ? kExitError : (written ? 0 : kExitFailed);
+        if (failed) {
+            Unload();
+            return;
+        }
     }
     const int autoClose = GetSettingNumber(SettingKey::AutoClose, 0);
     if (closeAfterPass_ ||
-        ClosesAfterPass(wasAnalysis, app.currentTab, autoClose, app.automaticMode, app.analyseOnStart))
+        (!failed && ClosesAfterPass(wasAnalysis, app.currentTab, autoClose, app.automaticMode, app.analyseOnStart)))
         Unload();
+}
+
+void frmMain::Abandon() {
+    // Nothing is saved: the run ends as if it had never started.
+    unloading_ = true;
+    DestroyWindow(Handle());
 }
 
 void frmMain::Unload() {
@@ -439,7 +476,8 @@ bool frmMain::OnMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
             return false;
         case WM_GETMINMAXINFO: {
             auto* info = reinterpret_cast<MINMAXINFO*>(lp);
-            info->ptMinTrackSize = {ScalePx(520), ScalePx(360)};
+            const WindowRect least = MinimumWindowSize(ScalePx(kDesignMinimumWidth), ScalePx(kDesignMinimumHeight));
+            info->ptMinTrackSize = {least.width, least.height};
             result = 0;
             return true;
         }

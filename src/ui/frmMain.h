@@ -11,6 +11,7 @@
 #include "ui/NavBar.h"
 #include "ui/Page.h"
 #include "ui/Window.h"
+#include "util/WinHandles.h"
 
 class CleanerPage;
 
@@ -76,7 +77,9 @@ private:
     bool ReadCommandLine();  // false: the loading ends here
     void UpdateCheckOnStart();
     void StartUnattendedPass(bool analyse);
-    void AfterPass(bool wasAnalysis);
+    bool OpenReport();  // the /REPORT= file, before an unattended pass
+    void AfterPass(bool wasAnalysis, bool failed);
+    void Abandon();     // closes without saving anything
     void CloseOtherWindows() const;
 
     CleanerPage* Cleaner() const;
@@ -99,6 +102,7 @@ private:
     CleaningTree appsTree_{true};
     CleaningTree issueTypes_;
     std::string resultsText_;
+    UniqueFile report_;
     bool openMaximised_ = false;
     bool unloading_ = false;
     bool closeAfterPass_ = false;

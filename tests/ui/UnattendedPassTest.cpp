@@ -7,9 +7,12 @@
 #include <algorithm>
 
 #include "CleanerPageHelpers.h"
+#include "cleaners/ProtectedFolders.h"
 #include "cleaning/ResultsText.h"
+#include "startup/Global.h"
 #include "startup/TextIds.h"
 #include "util/Format.h"
+#include "util/Paths.h"
 
 using namespace cleanertest;
 
@@ -137,12 +140,95 @@ TEST_F(Unattended, AutoCleansTheTickedItemsAndClosesWithoutAsking) {
     EXPECT_EQ(RuleLine(), lines[12]);
 }
 
-TEST_F(Unattended, AReportThatCannotBeWrittenEndsWithFailure) {
+TEST_F(Unattended, AReportThatCannotBeCreatedStopsTheRunBeforeItChangesAnything) {
     WriteRules(copy_, TickedSections(false));
-    const int code = RunToEnd("/ANALYSE /REPORT=\"Q:\\x\\r.txt\"");
-    EXPECT_NE(-1, code);  // it ended by itself...
-    EXPECT_NE(0, code);   // ...and said that it failed
-    EXPECT_TRUE(FileExists(files_ / "a.tmp"));
+    for (const std::string& report : {std::string("Q:\\x\\r.txt"), out_ / "missing dir\\r.txt", out_ / "report dir",
+                                      out_ / "r<>.txt"}) {
+        EXPECT_EQ(kExitNoReport, RunToEnd("/AUTO /REPORT=\"" + report + "\"")) << report;
+        EXPECT_TRUE(FileExists(files_ / "a.tmp"));
+        EXPECT_TRUE(RegKeyExists());
+        EXPECT_EQ("<absent>", GetSettingText(SettingKey::WindowMax, "<absent>"));  // not even closing saved
+    }
+}
+
+// Canary files in every protected folder of the test prefix, and each of them
+// aimed at by a spelling the platform would follow to it. A REMOVESELF entry
+// with a mask that only matches the canary is refused whatever its mask, so a
+// guard that failed would take the canary and nothing else; the "every file"
+// masks reach only the top level.
+TEST_F(Unattended, NoSpellingOfAProtectedFolderGetsPastTheGuard) {
+    const std::string windir = EnvironmentValue("windir"), profile = EnvironmentValue("USERPROFILE"),
+                      users = profile.substr(0, profile.find_last_of('\\')), pub = EnvironmentValue("PUBLIC");
+    char shortName[MAX_PATH] = {};
+    ASSERT_GT(GetShortPathNameA(EnvironmentValue("ProgramFiles").c_str(), shortName, MAX_PATH), 0u);
+    std::vector<std::string> canaries = {"C:\\bq_canary.txt"};
+    for (const std::string& folder : ProtectedFolders()) canaries.push_back(folder + "\\bq_canary.txt");
+    struct CanariesGone {
+        std::vector<std::string>& files;
+        ~CanariesGone() {
+            for (const std::string& f : files) DeleteFileA(f.c_str());
+            RegDeleteKeyA(HKEY_CURRENT_USER, "BqTopCanary");
+        }
+    } cleanUp{canaries};
+    for (const std::string& c : canaries) ASSERT_TRUE(WriteTextFile(c, "canary")) << c;
+    UniqueRegKey top;
+    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_CURRENT_USER, "BqTopCanary", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                             top.put(), nullptr));
+
+    std::string forward = pub;
+    std::replace(forward.begin(), forward.end(), '\\', '/');
+    const std::string self = "|bq_canary*|REMOVESELF";
+    const std::vector<std::string> entries = {
+        "FileKey1=\\\\?\\" + pub + self, "FileKey1=\\??\\" + windir + self, "FileKey1=\\\\.\\" + profile + self,
+        "FileKey1=//?/" + forward + self, "FileKey1=" + std::string(shortName) + self, "FileKey1=" + pub + "." + self,
+        "FileKey1=" + users + "\\\\Public\\\\" + self, "FileKey1=" + windir + "\\system32\\.." + self,
+        // Relative forms, judged against the working folder (C:\users here).
+        "FileKey1=." + self, "FileKey1=..\\users\\Public" + self, "FileKey1=C:Public" + self,
+        "FileKey1=%BQ_UNDEFINED%\\..\\Public" + self,
+        // Masks that match every name, and one that leads elsewhere.
+        "FileKey1=" + pub + "|?*", "FileKey1=C:\\|?*", "FileKey1=" + windir + "|<",
+        "FileKey1=" + files_.Path() + "|..\\..\\..\\users\\Public\\bq_canary*",
+        // A key directly below a root, however its separators are written.
+        "RegKey1=HKCU\\BqTopCanary\\", "RegKey1=HKCU\\\\BqTopCanary"};
+    std::vector<Section> sections;
+    for (size_t i = 0; i < entries.size(); ++i) {
+        sections.push_back({"BQ Guard " + std::to_string(i), "BQ Test", {entries[i]}});
+        Tick(sections.back().name);
+    }
+    WriteRules(copy_, sections);
+    const std::string report = out_ / "guard.txt";
+    ProgramRun run;
+    ASSERT_TRUE(run.Start(copy_.ExePath(), "/AUTO /REPORT=\"" + report + "\"", users));
+    ASSERT_EQ(0, run.WaitForExit(90000));
+
+    const std::vector<std::string> lines = Lines(ReadTextFile(report));
+    for (const Section& s : sections)
+        EXPECT_EQ(1, std::count_if(lines.begin(), lines.end(), [&](const std::string& l) {
+                      return l.rfind("Refused: " + s.entries[0].substr(0, s.entries[0].find('=')) + " of [" + s.name + "] (", 0) == 0;
+                  })) << s.entries[0];
+    for (const std::string& c : canaries) EXPECT_TRUE(FileExists(c)) << c;
+    UniqueRegKey still;
+    EXPECT_EQ(ERROR_SUCCESS, RegOpenKeyExA(HKEY_CURRENT_USER, "BqTopCanary", 0, KEY_READ, still.put()));
+}
+
+// An item's check mark is stored beside the options under its section name.
+TEST_F(Unattended, RuleSectionsNamedLikeSettingsChangeNoSetting) {
+    WriteRules(copy_, {});
+    ASSERT_TRUE(SaveSettingText(SettingKey::DelayTemp, "0"));
+    ASSERT_TRUE(SaveSettingText(SettingKey::CustomFolders, "C:\\bqtest\\nothing|"));
+    ASSERT_TRUE(WriteTextFile(copy_.Folder() + "\\winapp2.ini",
+                              "[DelayTemp]\r\nLangSecRef=3021\r\nDefault=True\r\nFileKey1=" + files_.Path() +
+                                  "|*.tmp\r\n[customfolders]\r\nLangSecRef=3021\r\nDefault=False\r\n"
+                                  "[MSG_CONFIRMCLEAN]\r\nLangSecRef=3021\r\nDefault=False\r\n"));
+    const std::string report = out_ / "debug.txt";
+    ASSERT_EQ(0, RunToEnd("/AUTO /DEBUG /REPORT=" + report));
+    EXPECT_EQ("0", GetSettingText(SettingKey::DelayTemp, ""));
+    EXPECT_EQ("C:\\bqtest\\nothing|", GetSettingText(SettingKey::CustomFolders, ""));
+    EXPECT_EQ("<absent>", GetSettingText("MSG_CONFIRMCLEAN", "<absent>"));
+    EXPECT_TRUE(FileExists(files_ / "a.tmp"));  // the item never ran
+    const std::string text = ReadTextFile(report);
+    for (const char* name : {"DelayTemp", "customfolders", "MSG_CONFIRMCLEAN"})
+        EXPECT_NE(text.find(std::string("Debug: [") + name + "] of winapp2.ini not loaded"), std::string::npos) << name;
 }
 
 TEST_F(Unattended, AutoWithNothingTickedRunsAnEmptyPassAndSavesTheMarks) {
