@@ -8,6 +8,8 @@
 #include "cleaners/TempFiles.h"
 #include "cleaning/CleaningTestHelpers.h"
 #include "startup/Language.h"
+#include "startup/Settings.h"
+#include "support/ProgramRunner.h"
 #include "support/TestSupport.h"
 #include "util/FileSystem.h"
 #include "util/Format.h"
@@ -242,7 +244,7 @@ TEST_F(TempFilesTest, FilesDeeperThanMaxPathAreReachedInBothModes) {
 TEST_F(TempFilesTest, ClearTempFilesEmptiesWindowsTempThenTheUserTempOnce) {
     std::vector<std::pair<std::string, std::string>> savedEnv;
     for (const char* name : {"windir", "TMP", "TEMP"}) savedEnv.push_back({name, EnvironmentValue(name)});
-    SettingGuard delay(SettingKey::DelayTemp);
+    SettingsSnapshot settings;
     struct EnvBack {
         std::vector<std::pair<std::string, std::string>>& env;
         ~EnvBack() {

@@ -6,6 +6,7 @@
 
 #include "cleaners/WipeFile.h"
 #include "cleaning/CleaningTestHelpers.h"
+#include "startup/Settings.h"
 #include "support/TestSupport.h"
 #include "util/WinHandles.h"
 

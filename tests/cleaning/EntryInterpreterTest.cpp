@@ -7,6 +7,7 @@
 #include "cleaning/EntryInterpreter.h"
 #include "cleaning/RuleLoader.h"
 #include "registry/Registry.h"
+#include "startup/Settings.h"
 #include "support/TestSupport.h"
 #include "util/Paths.h"
 

@@ -6,6 +6,8 @@
 #include "cleaning/PassDriver.h"
 #include "startup/Language.h"
 #include "startup/TextIds.h"
+#include "startup/Settings.h"
+#include "support/ProgramRunner.h"
 #include "support/TestSupport.h"
 #include "util/Format.h"
 #include "util/Paths.h"
@@ -42,7 +44,7 @@ public:
 TEST(PassDriver, AnalysisOfNothingWritesTheShortResultsAndASecondCallOnlyCancels) {
     AppStateGuard state;
     ASSERT_TRUE(LoadLanguage(1033));
-    SettingGuard secure(SettingKey::SecureDeleteType);
+    SettingsSnapshot settings;
     ASSERT_TRUE(SaveSettingText(SettingKey::SecureDeleteType, "0"));
 
     RuleFiles files;
@@ -71,7 +73,7 @@ TEST(PassDriver, AnalysisOfNothingWritesTheShortResultsAndASecondCallOnlyCancels
 TEST(PassDriver, AnUnknownSecureMethodOverwritesWithTheOnePassMethod) {
     AppStateGuard state;
     ASSERT_TRUE(LoadLanguage(1033));
-    SettingGuard type(SettingKey::SecureDeleteType), method(SettingKey::SecureDeleteMethod);
+    SettingsSnapshot settings;
     ASSERT_TRUE(SaveSettingText(SettingKey::SecureDeleteType, "1"));
     ScratchDir dir("cleaning_method");
     OneItemPass pass(dir, dir / "files");

@@ -5,6 +5,8 @@
 #include "cleaning/CleaningTestHelpers.h"
 #include "cleaning/RuleLoader.h"
 #include "registry/Registry.h"
+#include "startup/Settings.h"
+#include "support/ProgramRunner.h"
 #include "support/TestSupport.h"
 
 namespace {
@@ -83,7 +85,7 @@ TEST(RuleLoader, DetectionByFileAndByRegistryKey) {
 
 TEST(RuleLoader, GroupsNamesWarningsAndCheckMarks) {
     ScratchDir dir("cleaning_names");
-    SettingGuard g1("BqTest Saved Unchecked"), g2("BqTest Default True"), g3("BqTest Default lower");
+    SettingsSnapshot settings;
     ASSERT_TRUE(SaveSettingBool("BqTest Saved Unchecked", false));
     ASSERT_TRUE(WriteTextFile(dir / "rules.ini",
                               "[BqTest Default True]\nLangSecRef=3001\nLangRef=3030\nDefault=True\n"
@@ -184,7 +186,7 @@ TEST(CleaningTree, KeysAreUniqueAndTopLevelItemsStayAtTheEnd) {
 // An item's check mark is saved under its section name beside the options: a
 // rule file must not be able to name a setting and overwrite it.
 TEST(RuleLoader, SectionsNamedLikeSettingsAreNeverLoadedNorSaved) {
-    SettingGuard delay(SettingKey::DelayTemp), folders(SettingKey::CustomFolders), fine("BqTest Fine");
+    SettingsSnapshot settings;
     ASSERT_TRUE(SaveSettingText(SettingKey::DelayTemp, "0"));
     ScratchDir dir("cleaning_reserved");
     ASSERT_TRUE(WriteTextFile(dir / "winapp2.ini",

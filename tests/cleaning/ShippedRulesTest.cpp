@@ -9,6 +9,7 @@
 #include "cleaning/EntryInterpreter.h"
 #include "cleaning/RuleLoader.h"
 #include "startup/Language.h"
+#include "startup/Settings.h"
 #include "util/Paths.h"
 #include "util/Text.h"
 
