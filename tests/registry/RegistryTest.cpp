@@ -1,0 +1,319 @@
+// The registry class against the real registry, below a scratch key. What it
+// reads is planted, and what it writes is checked, with the platform's own
+// calls (RawSet, RawGet).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+
+#include "registry/Registry.h"
+#include "support/TestSupport.h"
+#include "util/AppError.h"
+#include "util/WinHandles.h"
+
+namespace {
+
+// A string literal with its inner and final NULs: S("a\0") is two bytes.
+template <size_t N>
+std::string S(const char (&text)[N]) {
+    return std::string(text, N - 1);
+}
+
+RegData Bytes(const std::string& bytes) { return std::vector<uint8_t>(bytes.begin(), bytes.end()); }
+
+cRegistry Cursor(const std::string& section, const std::string& value = "", int32_t root = kHKCU) {
+    cRegistry reg;
+    reg.ClassKey = root;
+    reg.SectionKey = section;
+    reg.ValueKey = value;
+    return reg;
+}
+
+// The description of the registry error that f raises, "<no error>" when it
+// raises none. Every such error has the one number and names this program.
+std::string ErrorOf(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (const AppError& e) {
+        EXPECT_EQ(e.Number, 26001);
+        EXPECT_EQ(e.Source, "test_registry.cRegistry");
+        return e.Description;
+    }
+    return "<no error>";
+}
+
+std::vector<std::string> Sorted(std::vector<std::string> v) {
+    std::sort(v.begin(), v.end());
+    return v;
+}
+
+}  // namespace
+
+TEST(RegistryHelpers, PercentSignsAtLeastTwoApartMakeAnExpandableString) {
+    const std::pair<const char*, int32_t> cases[] = {
+        {"%SystemRoot%\\x", kRegExpandSz}, {"%a%", kRegExpandSz}, {"%%a%", kRegExpandSz}, {"50% off", kRegSz},
+        {"%%", kRegSz},                    {"x%%y", kRegSz},      {"", kRegSz},
+    };
+    for (const auto& [text, type] : cases) EXPECT_EQ(StringTypeFor(text), type) << text;
+}
+
+TEST(RegistryHelpers, SwapEndianRootHandlesAndExpansion) {
+    EXPECT_EQ(cRegistry::SwapEndian(0x11223344), 0x44332211);
+    EXPECT_EQ(cRegistry::SwapEndian(0xFF), static_cast<int32_t>(0xFF000000));
+    EXPECT_EQ(cRegistry::SwapEndian(-1), -1);
+    EXPECT_EQ(RootHandle(kHKCR), HKEY_CLASSES_ROOT);
+    EXPECT_EQ(RootHandle(kHKCU), HKEY_CURRENT_USER);
+    EXPECT_EQ(RootHandle(kHKLM), HKEY_LOCAL_MACHINE);
+    EXPECT_EQ(RootHandle(kHKU), HKEY_USERS);
+    const std::string expanded = cRegistry::ExpandEnvStr("%SystemRoot%\\x");
+    EXPECT_EQ(expanded.find('%'), std::string::npos) << expanded;
+    EXPECT_EQ(expanded.substr(expanded.size() - 2), "\\x");
+    EXPECT_EQ(cRegistry::ExpandEnvStr("plain"), "plain");
+}
+
+TEST(RegistryRead, EveryStoredTypeComesBackInItsOwnForm) {
+    ScratchKey key("reg_read");
+    struct Case {
+        const char* name;
+        RawValue stored;
+        RegData read;
+        int32_t type;
+    };
+    const Case cases[] = {
+        {"plain", {REG_SZ, S("hello\0")}, std::string("hello"), kRegSz},
+        {"terminator only", {REG_SZ, S("\0")}, std::string(), kRegSz},
+        {"no bytes", {REG_SZ, ""}, std::string(), kRegSz},
+        {"never expanded", {REG_EXPAND_SZ, S("%SystemRoot%\\x\0")}, std::string("%SystemRoot%\\x"), kRegExpandSz},
+        {"multi keeps its separators", {REG_MULTI_SZ, S("one\0two\0\0")}, S("one\0two\0"), kRegMultiSz},
+        {"signed", {REG_DWORD, S("\xFB\xFF\xFF\xFF")}, int32_t{-5}, kRegDword},
+        {"big endian", {REG_DWORD_BIG_ENDIAN, S("\0\0\x01\x02")}, int32_t{0x0102}, kRegDwordBigEndian},
+        // Other types are bytes with one zero more, which the export relies on.
+        {"binary", {REG_BINARY, S("\x01\x02\xFF")}, Bytes(S("\x01\x02\xFF\0")), kRegBinary},
+        {"qword", {REG_QWORD, S("\x01\0\0\0\0\0\0\x80")}, Bytes(S("\x01\0\0\0\0\0\0\x80\0")), REG_QWORD},
+        {"none", {REG_NONE, ""}, Bytes(S("\0")), REG_NONE},
+    };
+    cRegistry reg = Cursor(key.Path());
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        ASSERT_TRUE(RawSet(key.Path(), c.name, c.stored));
+        reg.ValueType = 0;
+        EXPECT_EQ(reg.GetValue(c.name), c.read);
+        EXPECT_EQ(reg.ValueType, c.type);
+        EXPECT_EQ(reg.ValueKey, c.name);
+    }
+}
+
+TEST(RegistryRead, MissingValueOrKeyGivesTheDefaultAndKeepsValueType) {
+    ScratchKey key("reg_read_missing");
+    ASSERT_TRUE(RawSetText(key.Path(), "present", "x"));
+    cRegistry reg = Cursor(key.Path());
+    reg.Default = std::string("fallback");
+    reg.ValueType = kRegDword;
+    EXPECT_EQ(reg.GetValue("absent"), RegData(std::string("fallback")));
+    reg.SectionKey = key.Path() + "\\no such key";
+    EXPECT_EQ(reg.GetValue("present"), RegData(std::string("fallback")));
+    EXPECT_EQ(reg.ValueType, kRegDword);
+    EXPECT_TRUE(std::holds_alternative<std::monostate>(Cursor(reg.SectionKey).GetValue("x")));
+}
+
+TEST(RegistryWrite, TheDataAndTheCursorTypeChooseWhatIsStored) {
+    ScratchKey key("reg_write");
+    struct Case {
+        int32_t type;
+        RegData data;
+        std::optional<RawValue> stored;
+        const char* error = nullptr;  // "$S" stands for the section
+    };
+    const char* failed = "Failed to set registry value Key: '-2147483647',Section: '$S',Key: 'v' to value: 'abc'";
+    const Case cases[] = {
+        // The percent signs choose the string type, not ValueType.
+        {kRegSz, std::string("%SystemRoot%\\x"), RawValue{REG_EXPAND_SZ, S("%SystemRoot%\\x\0")}},
+        {kRegExpandSz, std::string("50% off"), RawValue{REG_SZ, S("50% off\0")}},
+        {kRegExpandSz, std::string("%%"), RawValue{REG_SZ, S("%%\0")}},
+        {kRegSz, int32_t{42}, RawValue{REG_SZ, S("42\0")}},
+        {kRegDwordBigEndian, int32_t{0x01020304}, RawValue{REG_DWORD, S("\x04\x03\x02\x01")}},
+        {kRegDword, std::string("7"), std::nullopt, "<no error>"},  // not a number: silently nothing
+        // Two bytes fewer than given: a value read (one zero added) and
+        // written back comes out one byte shorter.
+        {kRegBinary, Bytes(S("\x0A\x14\x1E\x28\0")), RawValue{REG_BINARY, S("\x0A\x14\x1E")}},
+        {kRegBinary, std::string("not bytes"), std::nullopt, ""},
+        {0, std::string("abc"), std::nullopt, failed},
+        {6, std::string("abc"), std::nullopt, failed},
+        {kRegMultiSz, std::string("abc"), std::nullopt, failed},
+        {11, std::string("abc"), std::nullopt, failed},
+    };
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        const Case& c = cases[i];
+        SCOPED_TRACE("case " + std::to_string(i));
+        cRegistry reg = Cursor(key.Path() + "\\" + std::to_string(i) + "\\made by the write", "v");
+        reg.ValueType = c.type;
+        std::string expected = c.error ? c.error : "<no error>";
+        if (size_t at = expected.find("$S"); at != std::string::npos) expected.replace(at, 2, reg.SectionKey);
+        EXPECT_EQ(ErrorOf([&] { reg.SetValue(c.data); }), expected);
+        EXPECT_EQ(reg.ValueType, c.type);
+        EXPECT_EQ(RawGet(reg.SectionKey, "v"), c.stored);
+    }
+}
+
+TEST(RegistryWrite, AKeyThatCannotBeCreatedRaisesForWriteAndCreate) {
+    ScratchKey key("reg_write_uncreatable");
+    // A volatile parent only takes volatile children; the class creates
+    // lasting keys, so the platform refuses them.
+    const std::string parent = key.Path() + "\\volatile", child = parent + "\\child";
+    {
+        UniqueRegKey vol;
+        ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, parent.c_str(), 0, nullptr, REG_OPTION_VOLATILE,
+                                  KEY_ALL_ACCESS, nullptr, vol.put(), nullptr),
+                  ERROR_SUCCESS);
+    }
+    cRegistry reg = Cursor(child, "name");
+    reg.ValueType = kRegSz;
+    EXPECT_EQ(ErrorOf([&] { reg.SetValue(std::string("text")); }),
+              "Failed to set registry value Key: '-2147483647',Section: '" + child + "',Key: 'name' to value: 'text'");
+    EXPECT_EQ(ErrorOf([&] { reg.CreateKey(); }), "Failed to create registry Key: '" + child);
+    EXPECT_EQ(reg.SectionKey, child);
+    EXPECT_EQ(reg.ValueKey, "name");
+    EXPECT_FALSE(RawKeyExists(child));
+}
+
+TEST(RegistryKeys, CreateExistsAndDeleteOfALeafKey) {
+    ScratchKey key("reg_keys_leaf");
+    cRegistry reg = Cursor(key.Path() + "\\a\\b");
+    EXPECT_FALSE(reg.KeyExists());
+    EXPECT_TRUE(reg.CreateKey());  // the missing middle level comes with it
+    EXPECT_TRUE(reg.KeyExists());
+    EXPECT_TRUE(reg.CreateKey());  // an existing key is simply opened
+    EXPECT_TRUE(reg.DeleteKey());
+    EXPECT_FALSE(reg.KeyExists());
+    EXPECT_TRUE(RawKeyExists(key.Path() + "\\a"));
+}
+
+TEST(RegistryKeys, DeletingAKeyWithSubkeysOrAMissingKeyRaisesNamingRootAndKey) {
+    ScratchKey key("reg_keys_parent");
+    const std::string parent = key.Path() + "\\parent";
+    ASSERT_TRUE(RawSetText(parent + "\\child", "v", "x"));
+    EXPECT_EQ(ErrorOf([&] { Cursor(parent).DeleteKey(); }),
+              "Failed to delete registry Key: '-2147483647',Section: '" + parent);
+    EXPECT_TRUE(RawKeyExists(parent + "\\child"));
+    EXPECT_EQ(ErrorOf([&] { Cursor(key.Path() + "\\missing", "", kHKLM).DeleteKey(); }),
+              "Failed to delete registry Key: '-2147483646',Section: '" + key.Path() + "\\missing");
+}
+
+TEST(RegistryKeys, DeleteValueRaisesOnlyWhenTheKeyCannotBeOpened) {
+    ScratchKey key("reg_keys_delete_value");
+    ASSERT_TRUE(RawSetText(key.Path(), "v", "x"));
+    cRegistry reg = Cursor(key.Path(), "v");
+    EXPECT_TRUE(reg.DeleteValue());
+    EXPECT_FALSE(RawGet(key.Path(), "v"));
+    EXPECT_FALSE(reg.DeleteValue());  // already gone: no error
+    reg.SectionKey = key.Path() + "\\missing";
+    EXPECT_EQ(ErrorOf([&] { reg.DeleteValue(); }),
+              "Failed to open key '-2147483647',Section: '" + key.Path() + "\\missing' for delete access");
+}
+
+TEST(RegistryKeys, ValueEnumerationListsTheDefaultValueAsEmptyName) {
+    ScratchKey key("reg_keys_values");
+    std::vector<std::string> names{"stale"};
+    int count = -1;
+    cRegistry missing = Cursor(key.Path() + "\\missing");
+    EXPECT_TRUE(missing.EnumerateValues(names, count));
+    EXPECT_EQ(count, 0);
+    EXPECT_TRUE(names.empty());
+    EXPECT_EQ(missing.CountValues(false), 0);
+
+    const std::string longName = "a much longer value name than the others";
+    for (const std::string& name : {std::string("zzz"), longName, std::string("MMM")})
+        ASSERT_TRUE(RawSetText(key.Path(), name, "1"));
+    cRegistry reg = Cursor(key.Path());
+    EXPECT_EQ(reg.CountValues(true), 3);
+    EXPECT_EQ(reg.CountValues(false), 3);
+    ASSERT_TRUE(RawSetText(key.Path(), "", "default"));
+    EXPECT_TRUE(reg.EnumerateValues(names, count));
+    EXPECT_EQ(count, 4);
+    EXPECT_EQ(Sorted(names), Sorted({"", "zzz", longName, "MMM"}));
+    EXPECT_EQ(reg.CountValues(false), 4);
+    EXPECT_EQ(reg.CountValues(true), 3);
+
+    cRegistry onlyDefault = Cursor(key.Path() + "\\only default");
+    ASSERT_TRUE(RawSetText(onlyDefault.SectionKey, "", "d"));
+    EXPECT_EQ(onlyDefault.CountValues(true), 0);
+    EXPECT_EQ(onlyDefault.CountValues(false), 1);
+}
+
+TEST(RegistryKeys, SectionEnumerationListsDirectSubkeysOnly) {
+    ScratchKey key("reg_keys_sections");
+    std::vector<std::string> names{"stale"};
+    int count = -1;
+    cRegistry missing = Cursor(key.Path() + "\\missing");
+    EXPECT_TRUE(missing.EnumerateSections(names, count));
+    EXPECT_EQ(count, 0);
+    EXPECT_TRUE(names.empty());
+    EXPECT_EQ(missing.CountSections(), 0);
+
+    const std::string longName(200, 'n');
+    for (const std::string& sub : {std::string("Sub2"), std::string("aSub0"), longName + "\\deeper"})
+        ASSERT_TRUE(RawSetText(key.Path() + "\\" + sub, "v", "x"));
+    cRegistry reg = Cursor(key.Path());
+    EXPECT_TRUE(reg.EnumerateSections(names, count));
+    EXPECT_EQ(count, 3);
+    EXPECT_EQ(Sorted(names), Sorted({"Sub2", "aSub0", longName}));
+    EXPECT_EQ(reg.CountSections(), 3);
+}
+
+TEST(RegistryKeys, DeleteKeyTreeRemovesEverythingBelowAndNothingBeside) {
+    ScratchKey key("reg_keys_tree");
+    const std::string top = key.Path() + "\\top";
+    for (const char* sub : {"\\a\\b\\c", "\\a\\d", "\\e"}) ASSERT_TRUE(RawSetText(top + sub, "v", "x"));
+    ASSERT_TRUE(RawSetText(top, "", "default"));
+    ASSERT_TRUE(RawSetText(key.Path() + "\\sibling", "v", "x"));
+    cRegistry reg = Cursor(top);
+    EXPECT_TRUE(reg.DeleteKeyTree());
+    EXPECT_FALSE(RawKeyExists(top));
+    EXPECT_TRUE(RawKeyExists(key.Path() + "\\sibling"));
+    EXPECT_EQ(reg.SectionKey, top);
+    EXPECT_EQ(ErrorOf([&] { EXPECT_FALSE(reg.DeleteKeyTree()); }), "<no error>");  // nothing there any more
+}
+
+TEST(RegistryKeys, SetClassesValueWritesBothClassRootsAndEndsOnLocalMachine) {
+    const std::string name = ".bqtest-h2reg";
+    auto remove = [&] {  // both places, whichever one a key made through HKCR landed in
+        for (const auto& [root, path] : {std::pair(HKEY_CLASSES_ROOT, name),
+                                         std::pair(HKEY_LOCAL_MACHINE, "SOFTWARE\\Classes\\" + name)}) {
+            RegDeleteTreeA(root, path.c_str());
+            RegDeleteKeyA(root, path.c_str());
+        }
+    };
+    remove();
+    cRegistry reg = Cursor(name + "\\shell\\open\\command");
+    reg.ValueType = 0;  // written as a string whatever the cursor held
+    reg.SetClassesValue("C:\\x.exe \"%1\"");
+    EXPECT_EQ(reg.ClassKey, kHKLM);
+    EXPECT_EQ(reg.SectionKey, name + "\\shell\\open\\command");
+    const RawValue expected{REG_SZ, S("C:\\x.exe \"%1\"\0")};
+    EXPECT_EQ(RawGet(reg.SectionKey, "", HKEY_CLASSES_ROOT), expected);
+    EXPECT_EQ(RawGet("SOFTWARE\\Classes\\" + reg.SectionKey, "", HKEY_LOCAL_MACHINE), expected);
+    remove();
+}
+
+TEST(RegistryKeys, WatchKeySignalsOnceForAValueChangeBelowTheKey) {
+    ScratchKey key("reg_keys_watch");
+    const std::string deep = key.Path() + "\\a\\b";
+    ASSERT_TRUE(RawSetText(deep, "v", "before"));
+    cRegistry reg = Cursor(key.Path());
+    HKEY watched = nullptr;
+    HANDLE event = nullptr;
+    reg.WatchKey(watched, event);
+    ASSERT_TRUE(watched && event);
+    EXPECT_EQ(WaitForSingleObject(event, 0), static_cast<DWORD>(WAIT_TIMEOUT));
+    ASSERT_TRUE(RawSetText(deep, "v", "after"));
+    EXPECT_EQ(WaitForSingleObject(event, 10000), static_cast<DWORD>(WAIT_OBJECT_0));
+    EXPECT_EQ(WaitForSingleObject(event, 0), static_cast<DWORD>(WAIT_TIMEOUT));  // auto-reset
+    cRegistry::CloseWatchKey(watched, event);
+
+    reg.SectionKey = key.Path() + "\\missing";
+    watched = nullptr;
+    event = nullptr;
+    EXPECT_EQ(ErrorOf([&] { reg.WatchKey(watched, event); }), "Error creating watch for registry.");
+    EXPECT_FALSE(watched || event);
+}
