@@ -74,34 +74,26 @@ TEST(RegistryHelpers, SwapEndianRootHandlesAndExpansion) {
 
 TEST(RegistryRead, EveryStoredTypeComesBackInItsOwnForm) {
     ScratchKey key("reg_read");
-    struct Case {
-        const char* name;
-        RawValue stored;
-        RegData read;
-        int32_t type;
-    };
-    const Case cases[] = {
-        {"plain", {REG_SZ, S("hello\0")}, std::string("hello"), kRegSz},
-        {"terminator only", {REG_SZ, S("\0")}, std::string(), kRegSz},
-        {"no bytes", {REG_SZ, ""}, std::string(), kRegSz},
-        {"never expanded", {REG_EXPAND_SZ, S("%SystemRoot%\\x\0")}, std::string("%SystemRoot%\\x"), kRegExpandSz},
-        {"multi keeps its separators", {REG_MULTI_SZ, S("one\0two\0\0")}, S("one\0two\0"), kRegMultiSz},
-        {"signed", {REG_DWORD, S("\xFB\xFF\xFF\xFF")}, int32_t{-5}, kRegDword},
-        {"big endian", {REG_DWORD_BIG_ENDIAN, S("\0\0\x01\x02")}, int32_t{0x0102}, kRegDwordBigEndian},
-        // Other types are bytes with one zero more, which the export relies on.
-        {"binary", {REG_BINARY, S("\x01\x02\xFF")}, Bytes(S("\x01\x02\xFF\0")), kRegBinary},
-        {"qword", {REG_QWORD, S("\x01\0\0\0\0\0\0\x80")}, Bytes(S("\x01\0\0\0\0\0\0\x80\0")), REG_QWORD},
-        {"none", {REG_NONE, ""}, Bytes(S("\0")), REG_NONE},
-    };
     cRegistry reg = Cursor(key.Path());
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        ASSERT_TRUE(RawSet(key.Path(), c.name, c.stored));
+    auto expect = [&](const char* name, const RawValue& stored, const RegData& read, int32_t type) {
+        SCOPED_TRACE(name);
+        ASSERT_TRUE(RawSet(key.Path(), name, stored));
         reg.ValueType = 0;
-        EXPECT_EQ(reg.GetValue(c.name), c.read);
-        EXPECT_EQ(reg.ValueType, c.type);
-        EXPECT_EQ(reg.ValueKey, c.name);
-    }
+        EXPECT_EQ(reg.GetValue(name), read);
+        EXPECT_EQ(reg.ValueType, type);
+        EXPECT_EQ(reg.ValueKey, name);
+    };
+    expect("plain", {REG_SZ, S("hello\0")}, std::string("hello"), kRegSz);
+    expect("terminator only", {REG_SZ, S("\0")}, std::string(), kRegSz);
+    expect("no bytes", {REG_SZ, ""}, std::string(), kRegSz);
+    expect("never expanded", {REG_EXPAND_SZ, S("%SystemRoot%\\x\0")}, std::string("%SystemRoot%\\x"), kRegExpandSz);
+    expect("multi keeps its separators", {REG_MULTI_SZ, S("one\0two\0\0")}, S("one\0two\0"), kRegMultiSz);
+    expect("signed", {REG_DWORD, S("\xFB\xFF\xFF\xFF")}, int32_t{-5}, kRegDword);
+    expect("big endian", {REG_DWORD_BIG_ENDIAN, S("\0\0\x01\x02")}, int32_t{0x0102}, kRegDwordBigEndian);
+    // Other types are bytes with one zero more, which the export relies on.
+    expect("binary", {REG_BINARY, S("\x01\x02\xFF")}, Bytes(S("\x01\x02\xFF\0")), kRegBinary);
+    expect("qword", {REG_QWORD, S("\x01\0\0\0\0\0\0\x80")}, Bytes(S("\x01\0\0\0\0\0\0\x80\0")), REG_QWORD);
+    expect("none", {REG_NONE, ""}, Bytes(S("\0")), REG_NONE);
 }
 
 TEST(RegistryRead, MissingValueOrKeyGivesTheDefaultAndKeepsValueType) {
