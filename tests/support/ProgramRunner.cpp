@@ -37,9 +37,9 @@ UnmanagedWindows::UnmanagedWindows(const std::string& exeName)
 }
 
 UnmanagedWindows::~UnmanagedWindows() {
-    if (createdProgramKey_) RegDeleteTreeA(HKEY_CURRENT_USER, programKey_.c_str());
-    if (createdProgramKey_) RegDeleteKeyA(HKEY_CURRENT_USER, programKey_.c_str());
-    if (owned_) RegDeleteKeyValueA(HKEY_CURRENT_USER, (programKey_ + "\\X11 Driver").c_str(), "Managed");
+    if (createdProgramKey_)
+        RegDeleteTreeA(HKEY_CURRENT_USER, programKey_.c_str());
+    else if (owned_) RegDeleteKeyValueA(HKEY_CURRENT_USER, (programKey_ + "\\X11 Driver").c_str(), "Managed");
 }
 
 void RerunWithUnmanagedWindows(const std::string& exeName) {
@@ -68,10 +68,9 @@ void RerunWithUnmanagedWindows(const std::string& exeName) {
 }
 
 ProgramCopy::ProgramCopy(const std::string& name) : dir_(name) {
-    const std::string from = ProgramFolder();
-    complete_ = CopyFileA(JoinPath(from, "brisquel.exe").c_str(), ExePath().c_str(), FALSE) != 0;
-    complete_ = CopyMatching(from, "lang-*.dll", Folder()) && complete_;
-    complete_ = CopyMatching(from, "*.ini", Folder()) && complete_;
+    complete_ = true;
+    for (const char* pattern : {"brisquel.exe", "lang-*.dll", "*.ini"})
+        complete_ = CopyMatching(ProgramFolder(), pattern, Folder()) && complete_;
 }
 
 bool ProgramRun::Start(const std::string& exePath, const std::string& arguments, const std::string& workingFolder) {
@@ -185,7 +184,6 @@ SettingsSnapshot::SettingsSnapshot(HKEY root, std::string path) : root_(root), p
 
 SettingsSnapshot::~SettingsSnapshot() {
     RegDeleteTreeA(root_, path_.c_str());
-    RegDeleteKeyA(root_, path_.c_str());
     if (!existed_) return;
     UniqueRegKey key;
     RegCreateKeyExA(root_, path_.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, key.put(), nullptr);

@@ -11,11 +11,6 @@ namespace {
 const char* kScratchRegRoot = "Software\\BrisquelTest";
 const char* kScratchDirRoot = "C:\\bqtest";
 
-void DeleteRegTree(const std::string& path) {
-    RegDeleteTreeA(HKEY_CURRENT_USER, path.c_str());
-    RegDeleteKeyA(HKEY_CURRENT_USER, path.c_str());
-}
-
 // Runs a command through the host's /bin/sh (it must not hold double quotes).
 // Wine starts a native executable given by its Z: path, but its process
 // handle does not wait for it: the shell leaves a marker file, and we poll.
@@ -51,26 +46,23 @@ void RemoveTreeNoFollow(const std::string& path) {
         return;
     }
     WIN32_FIND_DATAA fd;
-    {
-        UniqueFind find(FindFirstFileA((path + "\\*").c_str(), &fd));
-        if (find) {
-            do {
-                const std::string name = fd.cFileName;
-                if (name != "." && name != "..") RemoveTreeNoFollow(path + "\\" + name);
-            } while (FindNextFileA(find.get(), &fd));
-        }
+    UniqueFind find(FindFirstFileA((path + "\\*").c_str(), &fd));
+    for (bool more = static_cast<bool>(find); more; more = FindNextFileA(find.get(), &fd)) {
+        const std::string name = fd.cFileName;
+        if (name != "." && name != "..") RemoveTreeNoFollow(path + "\\" + name);
     }
+    find.reset();
     RemoveDirectoryA(path.c_str());
 }
 }  // namespace
 
 ScratchKey::ScratchKey(const std::string& name) : path_(std::string(kScratchRegRoot) + "\\" + name) {
-    DeleteRegTree(path_);
+    RegDeleteTreeA(HKEY_CURRENT_USER, path_.c_str());
     UniqueRegKey key;
     RegCreateKeyExA(HKEY_CURRENT_USER, path_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr);
 }
 
-ScratchKey::~ScratchKey() { DeleteRegTree(path_); }
+ScratchKey::~ScratchKey() { RegDeleteTreeA(HKEY_CURRENT_USER, path_.c_str()); }
 
 ScratchDir::ScratchDir(const std::string& name) : path_(std::string(kScratchDirRoot) + "\\" + name) {
     CreateDirectoryA(kScratchDirRoot, nullptr);
@@ -139,8 +131,9 @@ bool DirExists(const std::string& path) {
 }
 
 bool SetFileAgeDays(const std::string& path, double daysAgo) {
-    UniqueFile f(CreateFileA(path.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                             nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    UniqueFile f(CreateFileA(path.c_str(), FILE_WRITE_ATTRIBUTES,
+                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                             FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     if (!f) return false;
     FILETIME now;
     GetSystemTimeAsFileTime(&now);

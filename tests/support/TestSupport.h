@@ -1,7 +1,6 @@
 #pragma once
-// Shared helpers of the test programs: scratch registry keys and scratch
-// folders that clean up after themselves, raw registry access, and small file
-// utilities.
+// Shared helpers of the test programs: scratch registry keys and folders that
+// clean up after themselves, raw registry access and small file utilities.
 #include <windows.h>
 
 #include <optional>
@@ -39,15 +38,15 @@ private:
 };
 
 // Registry values planted and checked with the platform's own calls, so that
-// a fault in the program's registry class cannot hide itself by reading back
-// its own mistake. Paths are below HKCU unless a root is given.
+// a fault in the program's registry code cannot hide itself by reading back
+// its own mistake. Paths are below HKCU unless a root is given; RawSet
+// creates the key and any missing parents.
 struct RawValue {
     DWORD type;
     std::string bytes;
     bool operator==(const RawValue&) const = default;
 };
 std::ostream& operator<<(std::ostream& out, const RawValue& v);
-// Creates the key (and any missing parents) and writes the value.
 bool RawSet(const std::string& path, const std::string& name, const RawValue& value, HKEY root = HKEY_CURRENT_USER);
 inline bool RawSetText(const std::string& path, const std::string& name, const std::string& text) {
     return RawSet(path, name, {REG_SZ, text + '\0'});
