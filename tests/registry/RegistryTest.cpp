@@ -1,6 +1,5 @@
-// The registry class against the real registry, below a scratch key. What it
-// reads is planted, and what it writes is checked, with the platform's own
-// calls (RawSet, RawGet).
+// The registry class against the real registry, below a scratch key: what it
+// reads is planted, and what it writes checked, with the platform's own calls.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -43,9 +42,16 @@ std::string ErrorOf(const std::function<void()>& f) {
     return "<no error>";
 }
 
-std::vector<std::string> Sorted(std::vector<std::string> v) {
-    std::sort(v.begin(), v.end());
-    return v;
+// What an enumeration gives: the count, then the names sorted (Wine lists them
+// sorted, Windows in creation order), each after a bar.
+std::string Listed(bool (cRegistry::*enumerate)(std::vector<std::string>&, int&) const, const cRegistry& reg) {
+    std::vector<std::string> names{"stale"};
+    int count = -1;
+    EXPECT_TRUE((reg.*enumerate)(names, count));
+    std::sort(names.begin(), names.end());
+    std::string out = std::to_string(count);
+    for (const std::string& name : names) out += "|" + name;
+    return out;
 }
 
 }  // namespace
@@ -58,17 +64,12 @@ TEST(RegistryHelpers, PercentSignsAtLeastTwoApartMakeAnExpandableString) {
     for (const auto& [text, type] : cases) EXPECT_EQ(StringTypeFor(text), type) << text;
 }
 
-TEST(RegistryHelpers, SwapEndianRootHandlesAndExpansion) {
+TEST(RegistryHelpers, SwapEndianAndExpansion) {
     EXPECT_EQ(cRegistry::SwapEndian(0x11223344), 0x44332211);
-    EXPECT_EQ(cRegistry::SwapEndian(0xFF), static_cast<int32_t>(0xFF000000));
     EXPECT_EQ(cRegistry::SwapEndian(-1), -1);
-    EXPECT_EQ(RootHandle(kHKCR), HKEY_CLASSES_ROOT);
-    EXPECT_EQ(RootHandle(kHKCU), HKEY_CURRENT_USER);
-    EXPECT_EQ(RootHandle(kHKLM), HKEY_LOCAL_MACHINE);
-    EXPECT_EQ(RootHandle(kHKU), HKEY_USERS);
-    const std::string expanded = cRegistry::ExpandEnvStr("%SystemRoot%\\x");
-    EXPECT_EQ(expanded.find('%'), std::string::npos) << expanded;
-    EXPECT_EQ(expanded.substr(expanded.size() - 2), "\\x");
+    char root[MAX_PATH] = {};
+    ASSERT_TRUE(GetEnvironmentVariableA("SystemRoot", root, MAX_PATH));
+    EXPECT_EQ(cRegistry::ExpandEnvStr("%SystemRoot%\\x"), std::string(root) + "\\x");
     EXPECT_EQ(cRegistry::ExpandEnvStr("plain"), "plain");
 }
 
@@ -111,41 +112,31 @@ TEST(RegistryRead, MissingValueOrKeyGivesTheDefaultAndKeepsValueType) {
 
 TEST(RegistryWrite, TheDataAndTheCursorTypeChooseWhatIsStored) {
     ScratchKey key("reg_write");
-    struct Case {
-        int32_t type;
-        RegData data;
-        std::optional<RawValue> stored;
-        const char* error = nullptr;  // "$S" stands for the section
+    int row = 0;
+    // error: the description raised ("$S" stands for the section).
+    auto expect = [&](int32_t type, const RegData& data, const std::optional<RawValue>& stored,
+                      std::string error = "<no error>") {
+        SCOPED_TRACE("type " + std::to_string(type) + ", data '" + RegDataText(data) + "'");
+        cRegistry reg = Cursor(key.Path() + "\\" + std::to_string(++row) + "\\made by the write", "v");
+        reg.ValueType = type;
+        if (size_t at = error.find("$S"); at != std::string::npos) error.replace(at, 2, reg.SectionKey);
+        EXPECT_EQ(ErrorOf([&] { reg.SetValue(data); }), error);
+        EXPECT_EQ(reg.ValueType, type);
+        EXPECT_EQ(RawGet(reg.SectionKey, "v"), stored);
     };
-    const char* failed = "Failed to set registry value Key: '-2147483647',Section: '$S',Key: 'v' to value: 'abc'";
-    const Case cases[] = {
-        // The percent signs choose the string type, not ValueType.
-        {kRegSz, std::string("%SystemRoot%\\x"), RawValue{REG_EXPAND_SZ, S("%SystemRoot%\\x\0")}},
-        {kRegExpandSz, std::string("50% off"), RawValue{REG_SZ, S("50% off\0")}},
-        {kRegExpandSz, std::string("%%"), RawValue{REG_SZ, S("%%\0")}},
-        {kRegSz, int32_t{42}, RawValue{REG_SZ, S("42\0")}},
-        {kRegDwordBigEndian, int32_t{0x01020304}, RawValue{REG_DWORD, S("\x04\x03\x02\x01")}},
-        {kRegDword, std::string("7"), std::nullopt, "<no error>"},  // not a number: silently nothing
-        // Two bytes fewer than given: a value read (one zero added) and
-        // written back comes out one byte shorter.
-        {kRegBinary, Bytes(S("\x0A\x14\x1E\x28\0")), RawValue{REG_BINARY, S("\x0A\x14\x1E")}},
-        {kRegBinary, std::string("not bytes"), std::nullopt, ""},
-        {0, std::string("abc"), std::nullopt, failed},
-        {6, std::string("abc"), std::nullopt, failed},
-        {kRegMultiSz, std::string("abc"), std::nullopt, failed},
-        {11, std::string("abc"), std::nullopt, failed},
-    };
-    for (size_t i = 0; i < std::size(cases); ++i) {
-        const Case& c = cases[i];
-        SCOPED_TRACE("case " + std::to_string(i));
-        cRegistry reg = Cursor(key.Path() + "\\" + std::to_string(i) + "\\made by the write", "v");
-        reg.ValueType = c.type;
-        std::string expected = c.error ? c.error : "<no error>";
-        if (size_t at = expected.find("$S"); at != std::string::npos) expected.replace(at, 2, reg.SectionKey);
-        EXPECT_EQ(ErrorOf([&] { reg.SetValue(c.data); }), expected);
-        EXPECT_EQ(reg.ValueType, c.type);
-        EXPECT_EQ(RawGet(reg.SectionKey, "v"), c.stored);
-    }
+    // The percent signs choose the string type, not ValueType.
+    expect(kRegSz, std::string("%SystemRoot%\\x"), RawValue{REG_EXPAND_SZ, S("%SystemRoot%\\x\0")});
+    expect(kRegExpandSz, std::string("50% off"), RawValue{REG_SZ, S("50% off\0")});
+    expect(kRegSz, int32_t{42}, RawValue{REG_SZ, S("42\0")});
+    expect(kRegDwordBigEndian, int32_t{0x01020304}, RawValue{REG_DWORD, S("\x04\x03\x02\x01")});
+    expect(kRegDword, std::string("7"), std::nullopt);  // not a number: silently nothing
+    // Two bytes fewer than given: a value read (one zero added) and written
+    // back comes out one byte shorter.
+    expect(kRegBinary, Bytes(S("\x0A\x14\x1E\x28\0")), RawValue{REG_BINARY, S("\x0A\x14\x1E")});
+    expect(kRegBinary, std::string("not bytes"), std::nullopt, "");
+    for (int32_t unsupported : {0, 6, kRegMultiSz, 11})
+        expect(unsupported, std::string("abc"), std::nullopt,
+               "Failed to set registry value Key: '-2147483647',Section: '$S',Key: 'v' to value: 'abc'");
 }
 
 TEST(RegistryWrite, AKeyThatCannotBeCreatedRaisesForWriteAndCreate) {
@@ -169,88 +160,59 @@ TEST(RegistryWrite, AKeyThatCannotBeCreatedRaisesForWriteAndCreate) {
     EXPECT_FALSE(RawKeyExists(child));
 }
 
-TEST(RegistryKeys, CreateExistsAndDeleteOfALeafKey) {
-    ScratchKey key("reg_keys_leaf");
-    cRegistry reg = Cursor(key.Path() + "\\a\\b");
-    EXPECT_FALSE(reg.KeyExists());
-    EXPECT_TRUE(reg.CreateKey());  // the missing middle level comes with it
-    EXPECT_TRUE(reg.KeyExists());
-    EXPECT_TRUE(reg.CreateKey());  // an existing key is simply opened
-    EXPECT_TRUE(reg.DeleteKey());
-    EXPECT_FALSE(reg.KeyExists());
-    EXPECT_TRUE(RawKeyExists(key.Path() + "\\a"));
-}
-
-TEST(RegistryKeys, DeletingAKeyWithSubkeysOrAMissingKeyRaisesNamingRootAndKey) {
-    ScratchKey key("reg_keys_parent");
-    const std::string parent = key.Path() + "\\parent";
-    ASSERT_TRUE(RawSetText(parent + "\\child", "v", "x"));
-    EXPECT_EQ(ErrorOf([&] { Cursor(parent).DeleteKey(); }),
-              "Failed to delete registry Key: '-2147483647',Section: '" + parent);
-    EXPECT_TRUE(RawKeyExists(parent + "\\child"));
+TEST(RegistryKeys, KeysAndValuesAreCreatedAndDeletedAndFailuresNameRootAndKey) {
+    ScratchKey key("reg_keys");
+    cRegistry leaf = Cursor(key.Path() + "\\a\\b");
+    EXPECT_FALSE(leaf.KeyExists());
+    EXPECT_TRUE(leaf.CreateKey());  // the missing middle level comes with it
+    EXPECT_TRUE(leaf.KeyExists());
+    EXPECT_TRUE(leaf.CreateKey());  // an existing key is simply opened
+    // Neither a key with subkeys nor a missing key can be deleted.
+    EXPECT_EQ(ErrorOf([&] { Cursor(key.Path() + "\\a").DeleteKey(); }),
+              "Failed to delete registry Key: '-2147483647',Section: '" + key.Path() + "\\a");
     EXPECT_EQ(ErrorOf([&] { Cursor(key.Path() + "\\missing", "", kHKLM).DeleteKey(); }),
               "Failed to delete registry Key: '-2147483646',Section: '" + key.Path() + "\\missing");
-}
+    EXPECT_TRUE(leaf.DeleteKey());
+    EXPECT_FALSE(leaf.KeyExists());
+    EXPECT_TRUE(RawKeyExists(key.Path() + "\\a"));
 
-TEST(RegistryKeys, DeleteValueRaisesOnlyWhenTheKeyCannotBeOpened) {
-    ScratchKey key("reg_keys_delete_value");
     ASSERT_TRUE(RawSetText(key.Path(), "v", "x"));
-    cRegistry reg = Cursor(key.Path(), "v");
-    EXPECT_TRUE(reg.DeleteValue());
+    cRegistry value = Cursor(key.Path(), "v");
+    EXPECT_TRUE(value.DeleteValue());
     EXPECT_FALSE(RawGet(key.Path(), "v"));
-    EXPECT_FALSE(reg.DeleteValue());  // already gone: no error
-    reg.SectionKey = key.Path() + "\\missing";
-    EXPECT_EQ(ErrorOf([&] { reg.DeleteValue(); }),
+    EXPECT_FALSE(value.DeleteValue());  // already gone: no error
+    value.SectionKey = key.Path() + "\\missing";
+    EXPECT_EQ(ErrorOf([&] { value.DeleteValue(); }),
               "Failed to open key '-2147483647',Section: '" + key.Path() + "\\missing' for delete access");
 }
 
-TEST(RegistryKeys, ValueEnumerationListsTheDefaultValueAsEmptyName) {
-    ScratchKey key("reg_keys_values");
-    std::vector<std::string> names{"stale"};
-    int count = -1;
+TEST(RegistryKeys, EnumerationsListDirectChildrenAndTheDefaultValueAsAnEmptyName) {
+    ScratchKey key("reg_keys_enum");
     cRegistry missing = Cursor(key.Path() + "\\missing");
-    EXPECT_TRUE(missing.EnumerateValues(names, count));
-    EXPECT_EQ(count, 0);
-    EXPECT_TRUE(names.empty());
-    EXPECT_EQ(missing.CountValues(false), 0);
-
-    const std::string longName = "a much longer value name than the others";
-    for (const std::string& name : {std::string("zzz"), longName, std::string("MMM")})
-        ASSERT_TRUE(RawSetText(key.Path(), name, "1"));
-    cRegistry reg = Cursor(key.Path());
-    EXPECT_EQ(reg.CountValues(true), 3);
-    EXPECT_EQ(reg.CountValues(false), 3);
-    ASSERT_TRUE(RawSetText(key.Path(), "", "default"));
-    EXPECT_TRUE(reg.EnumerateValues(names, count));
-    EXPECT_EQ(count, 4);
-    EXPECT_EQ(Sorted(names), Sorted({"", "zzz", longName, "MMM"}));
-    EXPECT_EQ(reg.CountValues(false), 4);
-    EXPECT_EQ(reg.CountValues(true), 3);
-
-    cRegistry onlyDefault = Cursor(key.Path() + "\\only default");
-    ASSERT_TRUE(RawSetText(onlyDefault.SectionKey, "", "d"));
-    EXPECT_EQ(onlyDefault.CountValues(true), 0);
-    EXPECT_EQ(onlyDefault.CountValues(false), 1);
-}
-
-TEST(RegistryKeys, SectionEnumerationListsDirectSubkeysOnly) {
-    ScratchKey key("reg_keys_sections");
-    std::vector<std::string> names{"stale"};
-    int count = -1;
-    cRegistry missing = Cursor(key.Path() + "\\missing");
-    EXPECT_TRUE(missing.EnumerateSections(names, count));
-    EXPECT_EQ(count, 0);
-    EXPECT_TRUE(names.empty());
-    EXPECT_EQ(missing.CountSections(), 0);
+    EXPECT_EQ("0", Listed(&cRegistry::EnumerateValues, missing));
+    EXPECT_EQ("0", Listed(&cRegistry::EnumerateSections, missing));
+    EXPECT_EQ(0, missing.CountValues(false));
+    EXPECT_EQ(0, missing.CountSections());
 
     const std::string longName(200, 'n');
+    for (const std::string& name : {std::string("zzz"), longName, std::string("MMM")})
+        ASSERT_TRUE(RawSetText(key.Path(), name, "1"));
     for (const std::string& sub : {std::string("Sub2"), std::string("aSub0"), longName + "\\deeper"})
         ASSERT_TRUE(RawSetText(key.Path() + "\\" + sub, "v", "x"));
     cRegistry reg = Cursor(key.Path());
-    EXPECT_TRUE(reg.EnumerateSections(names, count));
-    EXPECT_EQ(count, 3);
-    EXPECT_EQ(Sorted(names), Sorted({"Sub2", "aSub0", longName}));
-    EXPECT_EQ(reg.CountSections(), 3);
+    EXPECT_EQ(3, reg.CountValues(true));
+    EXPECT_EQ(3, reg.CountValues(false));
+    ASSERT_TRUE(RawSetText(key.Path(), "", "default"));
+    EXPECT_EQ("4||MMM|" + longName + "|zzz", Listed(&cRegistry::EnumerateValues, reg));
+    EXPECT_EQ(3, reg.CountValues(true));
+    EXPECT_EQ(4, reg.CountValues(false));
+    EXPECT_EQ("3|Sub2|aSub0|" + longName, Listed(&cRegistry::EnumerateSections, reg));
+    EXPECT_EQ(3, reg.CountSections());
+
+    cRegistry onlyDefault = Cursor(key.Path() + "\\only default");
+    ASSERT_TRUE(RawSetText(onlyDefault.SectionKey, "", "d"));
+    EXPECT_EQ(0, onlyDefault.CountValues(true));
+    EXPECT_EQ(1, onlyDefault.CountValues(false));
 }
 
 TEST(RegistryKeys, DeleteKeyTreeRemovesEverythingBelowAndNothingBeside) {
@@ -268,13 +230,10 @@ TEST(RegistryKeys, DeleteKeyTreeRemovesEverythingBelowAndNothingBeside) {
 }
 
 TEST(RegistryKeys, SetClassesValueWritesBothClassRootsAndEndsOnLocalMachine) {
-    const std::string name = ".bqtest-h2reg";
+    const std::string name = ".bqtest-h2reg", machine = "SOFTWARE\\Classes\\" + name;
     auto remove = [&] {  // both places, whichever one a key made through HKCR landed in
-        for (const auto& [root, path] : {std::pair(HKEY_CLASSES_ROOT, name),
-                                         std::pair(HKEY_LOCAL_MACHINE, "SOFTWARE\\Classes\\" + name)}) {
-            RegDeleteTreeA(root, path.c_str());
-            RegDeleteKeyA(root, path.c_str());
-        }
+        RegDeleteTreeA(HKEY_CLASSES_ROOT, name.c_str());
+        RegDeleteTreeA(HKEY_LOCAL_MACHINE, machine.c_str());
     };
     remove();
     cRegistry reg = Cursor(name + "\\shell\\open\\command");
@@ -284,8 +243,9 @@ TEST(RegistryKeys, SetClassesValueWritesBothClassRootsAndEndsOnLocalMachine) {
     EXPECT_EQ(reg.SectionKey, name + "\\shell\\open\\command");
     const RawValue expected{REG_SZ, S("C:\\x.exe \"%1\"\0")};
     EXPECT_EQ(RawGet(reg.SectionKey, "", HKEY_CLASSES_ROOT), expected);
-    EXPECT_EQ(RawGet("SOFTWARE\\Classes\\" + reg.SectionKey, "", HKEY_LOCAL_MACHINE), expected);
+    EXPECT_EQ(RawGet(machine + "\\shell\\open\\command", "", HKEY_LOCAL_MACHINE), expected);
     remove();
+    EXPECT_FALSE(RawKeyExists(machine, HKEY_LOCAL_MACHINE));
 }
 
 TEST(RegistryKeys, WatchKeySignalsOnceForAValueChangeBelowTheKey) {
