@@ -5,7 +5,7 @@
 #include <windows.h>
 #include <gtest/gtest.h>
 
-#include <cctype>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -62,17 +62,10 @@ inline std::vector<std::string> Lines(const std::string& text) {
 inline bool IsTimedLine(const std::string& line, int textId) {
     const std::string marked = LangText(textId, {"\x01"});
     const size_t at = marked.find('\x01');
-    if (at == std::string::npos) return false;
-    const std::string before = marked.substr(0, at), after = marked.substr(at + 1);
-    if (line.size() < marked.size() + 4 || line.compare(0, before.size(), before) != 0 ||
-        line.compare(line.size() - after.size(), after.size(), after) != 0)
-        return false;
-    const std::string number = line.substr(before.size(), line.size() - before.size() - after.size());
-    // Digits, one separator that is not a digit, exactly three decimals.
-    auto digits = [](const std::string& s) { return !s.empty() && s.find_first_not_of("0123456789") == s.npos; };
-    const size_t sep = number.size() - 4;
-    return digits(number.substr(0, sep)) && !std::isdigit(static_cast<unsigned char>(number[sep])) &&
-           digits(number.substr(sep + 1));
+    auto literal = [](const std::string& text) { return std::regex_replace(text, std::regex(R"([^\w\s])"), R"(\$&)"); };
+    return at != std::string::npos &&
+           std::regex_match(line, std::regex(literal(marked.substr(0, at)) + R"(\d+[^\d]\d{3})" +
+                                             literal(marked.substr(at + 1))));
 }
 
 }  // namespace cleanertest

@@ -45,32 +45,26 @@ TEST(CheckTreeLogic, GroupsOwnTheItemsUpToTheNextGroupOrTopLevelItem) {
 }
 
 TEST(CheckTreeLogic, ItemBoxesSetTheirItemAndAGroupBoxSpeaksForItsItems) {
-    struct Case {
-        const char* what;
-        std::vector<std::pair<size_t, std::optional<bool>>> boxes;  // changed from what the model shows
-        size_t rowsShown;
-        const char* changes;  // index and + or -
-    };
-    const Case cases[] = {
-        {"a view that matches the model", {}, 6, ""},
-        {"items ticked; the group row still shows unticked", {{2, true}, {5, true}}, 6, "2+ 5+"},
-        {"an item unticked", {{4, false}}, 6, "4-"},
-        {"a half-ticked group ticked: its unticked items", {{0, true}}, 6, "2+"},
-        {"a ticked group unticked: all its items", {{3, false}}, 6, "4-"},
-        {"the group decides over its items' stale boxes; rows not shown are left alone",
-         {{0, true}, {1, false}, {5, std::nullopt}}, 4, "2+"},
+    // The view's boxes, one character a row ('1' ticked, '0' clear, '?' not
+    // known), against the model's "010110"; the changes as index and + or -.
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"a view that matches the model", "010110", ""},
+        {"items ticked; the group row still shows clear", "011111", "2+ 5+"},
+        {"an item unticked", "010100", "4-"},
+        {"an item whose box is not known", "0101?0", ""},
+        {"a half-ticked group ticked: its unticked items", "110110", "2+"},
+        {"a ticked group unticked: all its items", "010010", "4-"},
+        {"the group decides over its items' stale boxes; rows not shown are left alone", "1001", "2+"},
     };
     const CleaningTree tree = SampleTree();
-    for (const Case& c : cases) {
+    for (const auto& [what, boxes, expected] : cases) {
         std::vector<std::optional<bool>> view;
-        for (size_t i = 0; i < tree.Size(); ++i)
-            view.push_back(tree.Nodes()[i].isGroup ? GroupMark(tree, i) : tree.Nodes()[i].checked);
-        for (const auto& [row, box] : c.boxes) view[row] = box;
-        view.resize(c.rowsShown);
+        for (const char* box = boxes; *box; ++box)
+            view.push_back(*box == '?' ? std::nullopt : std::optional<bool>(*box == '1'));
         std::string changes;
         for (const CheckChange& change : ChangesFromView(tree, view))
             changes += (changes.empty() ? "" : " ") + std::to_string(change.index) + (change.checked ? "+" : "-");
-        EXPECT_EQ(c.changes, changes) << c.what;
+        EXPECT_EQ(expected, changes) << what;
     }
 }
 

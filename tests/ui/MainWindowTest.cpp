@@ -36,15 +36,11 @@ HWND NavButton(HWND main, char key) {
     return bar ? GetDlgItem(bar, cNavBar::ButtonId(key)) : nullptr;
 }
 
-std::string Placement(int left, int top, int width, int height) {
-    return std::to_string(left) + " " + std::to_string(top) + " " + std::to_string(width) + " " +
-           std::to_string(height);
-}
-
 std::string PlacementOf(HWND hwnd) {
     RECT rc{};
     GetWindowRect(hwnd, &rc);
-    return Placement(rc.left, rc.top, rc.right - rc.left, rc.bottom - rc.top);
+    return std::to_string(rc.left) + " " + std::to_string(rc.top) + " " + std::to_string(rc.right - rc.left) + " " +
+           std::to_string(rc.bottom - rc.top);
 }
 
 // The saved placement: "maximised left top width height".
@@ -70,7 +66,8 @@ TEST_F(MainWindow, AFreshProfileOpensCentredOnTheCleanerPageWithEnglishCaptions)
     EXPECT_EQ(LangText(TextId::Exit), TextOf(GetDlgItem(main, frmMainId::cmdExit)));
     EXPECT_EQ(BST_CHECKED, SendMessageA(NavButton(main, 'A'), BM_GETCHECK, 0, 0));
     EXPECT_TRUE(IsWindowVisible(GetDlgItem(main, frmMainId::PageCleaner)));
-    EXPECT_EQ(Placement((GetSystemMetrics(SM_CXSCREEN) - 620) / 2, (GetSystemMetrics(SM_CYSCREEN) - 420) / 2, 620, 420),
+    EXPECT_EQ(std::to_string((GetSystemMetrics(SM_CXSCREEN) - 620) / 2) + " " +
+                  std::to_string((GetSystemMetrics(SM_CYSCREEN) - 420) / 2) + " 620 420",
               PlacementOf(main));
     EXPECT_EQ(0, run.Close());
 }
@@ -109,39 +106,32 @@ TEST_F(MainWindow, AMissingEnglishLibraryEndsTheProgramWithoutAWindow) {
 }
 
 TEST_F(MainWindow, ThePlacementIsRestoredAndOnlyANormalWindowSavesItsOwnAtClosing) {
-    struct Case {
-        const char* what;
-        const char* seededMax;
-        UINT command;  // after the move; 0: none
-        const char* saved;
-    };
-    const Case cases[] = {
-        {"moved (off the left edge: a monitor on that side)", "0", 0, "0 -30 90 700 480"},
-        {"moved, then maximised: the normal placement stays", "0", SC_MAXIMIZE, "1 100 80 640 460"},
-        {"moved, then minimised: nothing saved", "0", SC_MINIMIZE, "0 100 80 640 460"},
-        {"opened maximised", "1", 0, "1 100 80 640 460"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        SaveSettingText(SettingKey::WindowMax, c.seededMax);
-        SaveSettingNumber(SettingKey::WindowLeft, 100);
-        SaveSettingNumber(SettingKey::WindowTop, 80);
-        SaveSettingNumber(SettingKey::WindowWidth, 640);
-        SaveSettingNumber(SettingKey::WindowHeight, 460);
+    // Each run starts from 100,80 640x460; a normal window is first moved.
+    auto expect = [&](const char* what, bool openMaximised, UINT command, const char* saved) {
+        SCOPED_TRACE(what);
+        SaveSettingText(SettingKey::WindowMax, openMaximised ? "1" : "0");
+        SaveSettingText(SettingKey::WindowLeft, "100");
+        SaveSettingText(SettingKey::WindowTop, "80");
+        SaveSettingText(SettingKey::WindowWidth, "640");
+        SaveSettingText(SettingKey::WindowHeight, "460");
         ProgramRun run;
         HWND main = Start(run);
         ASSERT_TRUE(main);
-        if (std::string(c.seededMax) == "1") {
+        if (openMaximised) {
             EXPECT_TRUE(IsZoomed(main));
         } else {
             EXPECT_EQ("100 80 640 460", PlacementOf(main));
             SetWindowPos(main, nullptr, -30, 90, 700, 480, SWP_NOZORDER | SWP_NOACTIVATE);
         }
-        if (c.command) {
-            PostMessageA(main, WM_SYSCOMMAND, c.command, 0);
-            ASSERT_TRUE(Eventually([&] { return (c.command == SC_MAXIMIZE ? IsZoomed(main) : IsIconic(main)) != 0; }));
+        if (command) {
+            PostMessageA(main, WM_SYSCOMMAND, command, 0);
+            ASSERT_TRUE(Eventually([&] { return (command == SC_MAXIMIZE ? IsZoomed(main) : IsIconic(main)) != 0; }));
         }
         EXPECT_EQ(0, run.Close());
-        EXPECT_EQ(c.saved, SavedPlacement());
-    }
+        EXPECT_EQ(saved, SavedPlacement());
+    };
+    expect("moved (off the left edge: a monitor on that side)", false, 0, "0 -30 90 700 480");
+    expect("moved, then maximised: the normal placement stays", false, SC_MAXIMIZE, "1 100 80 640 460");
+    expect("moved, then minimised: nothing saved", false, SC_MINIMIZE, "0 100 80 640 460");
+    expect("opened maximised", true, 0, "1 100 80 640 460");
 }

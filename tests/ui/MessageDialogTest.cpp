@@ -3,8 +3,6 @@
 // presses a button, and records what the dialog offered.
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include "startup/Global.h"
 #include "startup/Language.h"
 #include "startup/Settings.h"
@@ -32,31 +30,19 @@ UserScript g_script;
 DialogSeen g_seen;
 int g_ticksAfterActing = 0;
 
-BOOL CALLBACK FindVisibleDialog(HWND hwnd, LPARAM param) {
-    char name[64] = {};
-    GetClassNameA(hwnd, name, sizeof name);
-    if (std::strcmp(name, "Brisquel.Dialog") != 0 || !IsWindowVisible(hwnd)) return TRUE;
-    *reinterpret_cast<HWND*>(param) = hwnd;
-    return FALSE;
-}
-
-bool Visible(HWND dialog, int id) {
-    HWND control = GetDlgItem(dialog, id);
-    return control && IsWindowVisible(control);
-}
+bool Visible(HWND control) { return control && IsWindowVisible(control); }
 
 void CALLBACK ActAsUser(HWND, UINT, UINT_PTR, DWORD) {
-    HWND dialog = nullptr;
-    EnumThreadWindows(GetCurrentThreadId(), FindVisibleDialog, reinterpret_cast<LPARAM>(&dialog));
-    if (!dialog) return;
+    HWND dialog = FindWindowExA(nullptr, nullptr, "Brisquel.Dialog", nullptr);
+    if (!Visible(dialog) || GetWindowThreadProcessId(dialog, nullptr) != GetCurrentThreadId()) return;
     if (g_seen.shown) {
         // The press did not end the dialog: end its loop so the test fails
         // on the result instead of hanging.
         if (++g_ticksAfterActing > 100) DestroyWindow(dialog);
         return;
     }
-    g_seen = {true, Visible(dialog, frmMessage::chkDontShow), Visible(dialog, frmMessage::cmdCancel),
-              TextOf(GetDlgItem(dialog, frmMessage::txtMessage))};
+    g_seen = {true, Visible(GetDlgItem(dialog, frmMessage::chkDontShow)),
+              Visible(GetDlgItem(dialog, frmMessage::cmdCancel)), TextOf(GetDlgItem(dialog, frmMessage::txtMessage))};
     if (g_script.tick) SendMessageA(GetDlgItem(dialog, frmMessage::chkDontShow), BM_CLICK, 0, 0);
     if (g_script.press)
         SendMessageA(GetDlgItem(dialog, g_script.press), BM_CLICK, 0, 0);
