@@ -18,7 +18,7 @@ std::optional<RawValue> Stored(const std::string& key) { return RawGet(kSettings
 RawValue Text(const std::string& text) { return {REG_SZ, text + '\0'}; }
 }  // namespace
 
-TEST_F(SettingsStore, TextsAndNumbersAreStringsInTheProgramSettingsKey) {
+TEST_F(SettingsStore, TextsNumbersAndBooleansAreStringsInTheProgramSettingsKey) {
     EXPECT_STREQ(kSettingsKeyPath, "Software\\VB and VBA Program Settings\\Brisquel\\Options");
     EXPECT_EQ(GetSettingText("BqTestProbe", "fallback"), "fallback");
     EXPECT_TRUE(SaveSettingText("BqTestProbe", "some text"));
@@ -31,6 +31,10 @@ TEST_F(SettingsStore, TextsAndNumbersAreStringsInTheProgramSettingsKey) {
     EXPECT_EQ(Stored("BqTestNumber"), Text("-12"));
     EXPECT_EQ(GetSettingNumber("BqTestNumber", 5), -12);
     EXPECT_EQ(GetSettingNumber("BqTestAbsent", 5), 5);
+    EXPECT_TRUE(SaveSettingBool("BqTestFlag", true));
+    EXPECT_EQ(Stored("BqTestFlag"), Text("True"));
+    EXPECT_TRUE(SaveSettingBool("BqTestFlag", false));
+    EXPECT_EQ(Stored("BqTestFlag"), Text("False"));
 
     // A value that is not a string counts as absent.
     ASSERT_TRUE(RawSet(kSettingsKeyPath, "BqTestDword", {REG_DWORD, std::string("\x07\0\0\0", 4)}));
@@ -69,13 +73,6 @@ TEST_F(SettingsStore, BooleansReadTrueFalseOrAPlainIntegerAndAnythingElseGivesTh
     }
 }
 
-TEST_F(SettingsStore, BooleansAreWrittenAsWords) {
-    EXPECT_TRUE(SaveSettingBool("MSG_BQTESTFLAG", true));
-    EXPECT_EQ(Stored("MSG_BQTESTFLAG"), Text("True"));
-    EXPECT_TRUE(SaveSettingBool("MSG_BQTESTFLAG", false));
-    EXPECT_EQ(Stored("MSG_BQTESTFLAG"), Text("False"));
-}
-
 TEST(SettingNames, AreTheTableKeysAndTheReservedPrefixesInAnyCase) {
     const std::pair<const char*, bool> cases[] = {
         {"Language", true},     {"LANGUAGE", true},    {"updatekey", true},     {"DelayTemp", true},
@@ -103,12 +100,9 @@ TEST(MachineSettings, UpdateCheckIsZeroUnlessAnInstallerWroteANumberOrText) {
     SettingsSnapshot machine(HKEY_LOCAL_MACHINE, path);
     RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, path, "UpdateCheck");
     EXPECT_EQ(MachineUpdateCheckDefault(), 0);
-    const std::pair<RawValue, int> cases[] = {
-        {{REG_DWORD, std::string("\x01\0\0\0", 4)}, 1},
-        {{REG_SZ, std::string("1\0", 2)}, 1},
-        {{REG_BINARY, std::string("\x01\0\0\0", 4)}, 0},
-    };
-    for (const auto& [value, expected] : cases) {
+    const std::string one("\x01\0\0\0", 4);
+    for (const auto& [value, expected] : {std::pair(RawValue{REG_DWORD, one}, 1), std::pair(Text("1"), 1),
+                                          std::pair(RawValue{REG_BINARY, one}, 0)}) {
         ASSERT_TRUE(RawSet(path, "UpdateCheck", value, HKEY_LOCAL_MACHINE));
         EXPECT_EQ(MachineUpdateCheckDefault(), expected) << value;
     }

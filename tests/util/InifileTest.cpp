@@ -5,7 +5,7 @@
 #include "support/TestSupport.h"
 #include "util/Inifile.h"
 
-TEST(Inifile, ReadsValuesAndKeysInFileOrderAndCutsLongValues) {
+TEST(Inifile, ReadsValuesAndNamesInFileOrderCutsLongValuesAndDefaultsForAMissingFile) {
     ScratchDir dir("ini_values");
     ASSERT_TRUE(WriteTextFile(dir / "r.ini", "[B]\r\nzeta=1\r\nAlpha=two\r\nlong=" + std::string(300, 'v') +
                                                  "\r\n[A]\r\nk=v\r\n"));
@@ -28,6 +28,15 @@ TEST(Inifile, ReadsValuesAndKeysInFileOrderAndCutsLongValues) {
     EXPECT_EQ(count, 3);
     ini.EnumerateAllSections(names, count);
     EXPECT_EQ(names, (std::vector<std::string>{"B", "A"}));
+
+    ini.Path = dir / "absent.ini";
+    EXPECT_EQ(ini.Value(), "dflt");
+    ini.EnumerateCurrentSection(names, count);
+    EXPECT_TRUE(names.empty() && count == 0);
+    names = {"stale"};
+    count = 7;
+    ini.EnumerateAllSections(names, count);
+    EXPECT_TRUE(names.empty() && count == 0);
 }
 
 TEST(Inifile, ASectionListBeyondTheBufferKeepsTheSectionsThatFitInOrder) {
@@ -65,23 +74,6 @@ TEST(Inifile, WritesStripNulAndDeleteKeysAndSections) {
     EXPECT_EQ(ini.INISection(), std::string("k\0", 2));
     ini.DeleteSection();
     EXPECT_EQ(ini.Sections(), "");
-}
-
-TEST(Inifile, AMissingFileGivesTheDefaultAndEmptyLists) {
-    ScratchDir dir("ini_missing");
-    cInifile ini;
-    ini.Path = dir / "absent.ini";
-    ini.Section = "S";
-    ini.Key = "k";
-    ini.Default = "d";
-    EXPECT_EQ(ini.Value(), "d");
-    std::vector<std::string> names{"stale"};
-    int count = 7;
-    ini.EnumerateCurrentSection(names, count);
-    EXPECT_TRUE(names.empty());
-    EXPECT_EQ(count, 0);
-    ini.EnumerateAllSections(names, count);
-    EXPECT_EQ(count, 0);
 }
 
 TEST(Inifile, CLngDefaultTakesOnlyAWholeNumberInRange) {

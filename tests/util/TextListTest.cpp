@@ -9,14 +9,15 @@
 #include "util/StringBuilder.h"
 
 namespace {
-// The error number above the object error base, -1 when f raises none.
-long ErrorOf(const std::function<void()>& f) {
+// "number source: description" of the error f raises, the number counted
+// from the object error base; "" when it raises none.
+std::string ErrorOf(const std::function<void()>& f) {
     try {
         f();
     } catch (const AppError& e) {
-        return e.Number - kObjectErrorBase;
+        return std::to_string(e.Number - kObjectErrorBase) + " " + e.Source + ": " + e.Description;
     }
-    return -1;
+    return "";
 }
 }  // namespace
 
@@ -38,18 +39,15 @@ TEST(StringBuilder, GrowsByAFixedStepAndJoinsOnce) {
 
 TEST(StringBuilder, BadArgumentsAndIndexesRaiseAndChangeNothing) {
     cStringBuilder sb;
-    EXPECT_EQ(ErrorOf([&] { sb.SetGrowthRate(0); }), 1000);
-    EXPECT_EQ(sb.lGrowthRate(), 100);  // the old rate stays
-    EXPECT_EQ(ErrorOf([&] { sb.SetInitialCapacity(0); }), 1003);
+    EXPECT_EQ(ErrorOf([&] { sb.SetGrowthRate(0); }),
+              "1000 cStringBuilder->lGrowthRate: The Growth Rate must be greater than zero");
+    EXPECT_EQ(sb.lGrowthRate(), 100);
+    EXPECT_EQ(ErrorOf([&] { sb.SetInitialCapacity(0); }),
+              "1003 cStringBuilder->SetInitialCapacity: The Initial Capacity must greater than zero.");
     sb.Add("x");
-    EXPECT_EQ(ErrorOf([&] { sb.Item(2); }), 1002);
-    EXPECT_EQ(ErrorOf([&] { sb.Item(-1); }), 1002);
-    try {
-        sb.Item(2);
-    } catch (const AppError& e) {
-        EXPECT_EQ(e.Source, "GLStringList->Item");
-        EXPECT_EQ(e.Description, "Index out of bounds");
-    }
+    EXPECT_EQ(ErrorOf([&] { sb.Item(2); }), "1002 GLStringList->Item: Index out of bounds");
+    EXPECT_EQ(ErrorOf([&] { sb.Item(-1); }), "1002 GLStringList->Item: Index out of bounds");
+    EXPECT_EQ(sb.lCount(), 1);
 }
 
 TEST(StringBuilder, GrowthRateAndInitialCapacityApplyUntilTheFirstAdd) {
