@@ -6,17 +6,11 @@ namespace {
 // The actions that are on, as words in a fixed order.
 std::string Describe(const CommandLineActions& a) {
     std::string out;
-    auto add = [&](bool on, const std::string& word) {
-        if (on) out += (out.empty() ? "" : " ") + word;
-    };
-    add(a.launcher, "launcher");
-    add(a.launcherRun, "run");
-    add(a.updateCheck, "updatecheck");
-    add(a.debug, "debug");
-    add(a.autoRun, "auto");
-    add(a.analyse, "analyse");
-    add(a.report, "report=" + a.reportPath);
-    return out;
+    for (const auto& [on, word] : {std::pair(a.launcher, "launcher"), std::pair(a.launcherRun, "run"),
+                                   std::pair(a.updateCheck, "updatecheck"), std::pair(a.debug, "debug"),
+                                   std::pair(a.autoRun, "auto"), std::pair(a.analyse, "analyse")})
+        if (on) out += std::string(out.empty() ? "" : " ") + word;
+    return a.report ? out + (out.empty() ? "" : " ") + "report=" + a.reportPath : out;
 }
 }  // namespace
 

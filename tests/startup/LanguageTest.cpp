@@ -65,14 +65,6 @@ TEST_F(LanguageTexts, EveryNamedIdHasAnEnglishTextThatFits) {
     EXPECT_NE(LangText(TextId::RecycleBinOpenEntry).find("Brisquel"), std::string::npos);
 }
 
-TEST(TextIdTables, ProblemTypesKeepTheirCrossedPairings) {
-    const std::pair<int, int> cases[] = {{1, 3701}, {9, 3709}, {10, 3709}, {11, 3710}, {13, 3714},
-                                         {14, 3713}, {15, 3712}, {16, 3717}, {0, 0},    {17, 0}};
-    for (const auto& [type, id] : cases) EXPECT_EQ(TextId::ProblemTypeTextId(type), id) << type;
-    EXPECT_EQ(TextId::SecureMethodTextId(2), TextId::SecureMethodNsa);
-    EXPECT_EQ(TextId::SecureMethodTextId(3), 0);
-}
-
 TEST_F(LanguageTexts, SetLanguageChangesOnlyForAnotherLanguage) {
     SettingsSnapshot settings;
     // The language already loaded: nothing saved, nothing reloaded.

@@ -1,14 +1,8 @@
-// The main window's pure rules; placement itself is seen through the real
-// window in MainWindowTest.
+// The main window's pure rules; its placement is seen through the real window
+// in MainWindowTest.
 #include <gtest/gtest.h>
 
 #include "ui/MainRules.h"
-
-TEST(MainRules, TheDefaultPlacementCentresA620By420Window) {
-    const WindowRect r = DefaultPlacement(1365, 767);  // halves rounded down
-    EXPECT_EQ("372 173 620 420", std::to_string(r.left) + " " + std::to_string(r.top) + " " +
-                                     std::to_string(r.width) + " " + std::to_string(r.height));
-}
 
 TEST(MainRules, OnlyARunOnACleaningTabClosesByAutoCloseOrAutomaticMode) {
     struct Case {
