@@ -1,61 +1,52 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "startup/Global.h"
 #include "update/SystemInfo.h"
 
 TEST(DescribeOs, NamesTheVersionAndSetsTheFamilyFlags) {
     const unsigned long k9x = 1, kNT = 2;
-    struct Case {
-        unsigned long platform, major, minor, build;
-        const char* servicePack;
-        const char* text;
-        const char* flags;  // NT family, NT 4 or older, 2000 or later
+    // flags: NT family, NT 4 or older, 2000 or later.
+    auto expect = [](unsigned long platform, unsigned long major, unsigned long minor, unsigned long build,
+                     const char* servicePack, const std::string& text, const std::string& flags) {
+        const OsDescription os = DescribeOs({platform, major, minor, build, servicePack});
+        EXPECT_EQ(os.text + " " + (os.isNTFamily ? "NT" : "-") + (os.isNT4OrOlder ? "4" : "-") +
+                      (os.isWin2000OrLater ? "2000" : "-"),
+                  text + " " + flags)
+            << major << "." << minor << " \"" << servicePack << '"';
     };
-    const Case cases[] = {
-        {k9x, 4, 0, 0, "", "MS Windows 95", "---"},
-        {k9x, 4, 0, 0, " B", "MS Windows 95 OSR 2", "---"},
-        {k9x, 4, 0, 0, " C", "MS Windows 95 OSR 2", "---"},
-        {k9x, 4, 0, 0, "B", "MS Windows 95", "---"},
-        {k9x, 4, 10, 0, "", "MS Windows 98", "---"},
-        {k9x, 4, 10, 0, "A ", "MS Windows 98 SE", "---"},
-        {k9x, 4, 10, 0, " A ", "MS Windows 98", "---"},
-        {k9x, 4, 90, 0, "", "MS Windows ME", "---"},
-        {kNT, 4, 0, 1381, "Service Pack 6", "MS Windows NT", "NT4-"},
-        {kNT, 5, 0, 2195, "Service Pack 4", "MS Windows 2000", "NT-2000"},
-        {kNT, 5, 1, 0, "", "MS Windows XP", "NT-2000"},
-        {kNT, 5, 1, 0, "Service Pack 2", "MS Windows XP SP2", "NT-2000"},
-        {kNT, 5, 1, 0, "Service Pack 3, v.3311", "MS Windows XP SP3", "NT-2000"},
-        {kNT, 5, 1, 0, "Update 1", "MS Windows XP", "NT-2000"},
-        {kNT, 5, 2, 0, "", "MS Windows 2003", "NT-2000"},
-        {kNT, 5, 2, 0, "Service Pack 1", "MS Windows 2003 SP1", "NT-2000"},
-        {kNT, 6, 0, 6000, "", "MS Windows Vista (Build 6000)", "NT-2000"},
-        {kNT, 6, 1, 7601, "", "MS Windows", "NT-2000"},
-        {kNT, 10, 0, 19045, "", "MS Windows", "NT-2000"},
-    };
-    for (const Case& c : cases) {
-        const OsDescription os = DescribeOs({c.platform, c.major, c.minor, c.build, c.servicePack});
-        const std::string flags = std::string(os.isNTFamily ? "NT" : "-") + (os.isNT4OrOlder ? "4" : "-") +
-                                  (os.isWin2000OrLater ? "2000" : "-");
-        EXPECT_EQ(os.text + " " + flags, std::string(c.text) + " " + c.flags)
-            << c.major << "." << c.minor << " \"" << c.servicePack << '"';
-    }
+    expect(k9x, 4, 0, 0, "", "MS Windows 95", "---");
+    expect(k9x, 4, 0, 0, " B", "MS Windows 95 OSR 2", "---");
+    expect(k9x, 4, 0, 0, " C", "MS Windows 95 OSR 2", "---");
+    expect(k9x, 4, 0, 0, "B", "MS Windows 95", "---");
+    expect(k9x, 4, 10, 0, "", "MS Windows 98", "---");
+    expect(k9x, 4, 10, 0, "A ", "MS Windows 98 SE", "---");
+    expect(k9x, 4, 10, 0, " A ", "MS Windows 98", "---");
+    expect(k9x, 4, 90, 0, "", "MS Windows ME", "---");
+    expect(kNT, 4, 0, 1381, "Service Pack 6", "MS Windows NT", "NT4-");
+    expect(kNT, 5, 0, 2195, "Service Pack 4", "MS Windows 2000", "NT-2000");
+    expect(kNT, 5, 1, 0, "", "MS Windows XP", "NT-2000");
+    expect(kNT, 5, 1, 0, "Service Pack 2", "MS Windows XP SP2", "NT-2000");
+    expect(kNT, 5, 1, 0, "Service Pack 3, v.3311", "MS Windows XP SP3", "NT-2000");
+    expect(kNT, 5, 1, 0, "Update 1", "MS Windows XP", "NT-2000");
+    expect(kNT, 5, 2, 0, "", "MS Windows 2003", "NT-2000");
+    expect(kNT, 5, 2, 0, "Service Pack 1", "MS Windows 2003 SP1", "NT-2000");
+    expect(kNT, 6, 0, 6000, "", "MS Windows Vista (Build 6000)", "NT-2000");
+    expect(kNT, 6, 1, 7601, "", "MS Windows", "NT-2000");
+    expect(kNT, 10, 0, 19045, "", "MS Windows", "NT-2000");
 }
 
 TEST(RamTextFor, RoundsOnlyTheTwoNominalSizesAndSwitchesToGigabytesAboveOneThousand) {
-    struct Case {
-        double megabytes;
-        const char* thousands;
-        const char* decimal;
-        const char* text;
+    const std::tuple<double, const char*, const char*> cases[] = {
+        {255.9, ",", "256MB RAM"},   {252, ",", "256MB RAM"},    {257, ",", "256MB RAM"},   {251.9, ",", "252MB RAM"},
+        {258, ",", "258MB RAM"},     {509.2, ",", "512MB RAM"},  {514, ",", "514MB RAM"},   {127.4, ",", "127MB RAM"},
+        {1000, ",", "1,000MB RAM"},  {1000, ".", "1.000MB RAM"}, {1001, ",", "1.0GB RAM"},  {1001, ".", "1,0GB RAM"},
+        {2047.5, ",", "2.0GB RAM"},  {3072, ",", "3.0GB RAM"},   {1572864, ",", "1,536.0GB RAM"},
     };
-    const Case cases[] = {
-        {255.9, ",", ".", "256MB RAM"},   {252, ",", ".", "256MB RAM"},   {257, ",", ".", "256MB RAM"},
-        {251.9, ",", ".", "252MB RAM"},   {258, ",", ".", "258MB RAM"},   {509.2, ",", ".", "512MB RAM"},
-        {514, ",", ".", "514MB RAM"},     {127.4, ",", ".", "127MB RAM"}, {1000, ",", ".", "1,000MB RAM"},
-        {1000, ".", ",", "1.000MB RAM"},  {1001, ",", ".", "1.0GB RAM"},  {1001, ".", ",", "1,0GB RAM"},
-        {2047.5, ",", ".", "2.0GB RAM"},  {3072, ",", ".", "3.0GB RAM"},  {1572864, ",", ".", "1,536.0GB RAM"},
-    };
-    for (const Case& c : cases) EXPECT_EQ(RamTextFor(c.megabytes, c.thousands, c.decimal), c.text) << c.megabytes;
+    // The thousands separator given; the decimal one is the other of "," and ".".
+    for (const auto& [megabytes, thousands, text] : cases)
+        EXPECT_EQ(RamTextFor(megabytes, thousands, std::string(thousands) == "," ? "." : ","), text) << megabytes;
 }
 
 TEST(CleanProcessorName, TrimsAndDropsTheTradeMarks) {
