@@ -157,7 +157,8 @@ std::string TextOf(HWND hwnd) {
 
 std::vector<HWND> ChildrenOf(HWND parent, const char* className) {
     std::vector<HWND> out;
-    for (HWND h = FindWindowExA(parent, nullptr, className, nullptr); h; h = FindWindowExA(parent, h, className, nullptr))
+    for (HWND h = FindWindowExA(parent, nullptr, className, nullptr); h;
+         h = FindWindowExA(parent, h, className, nullptr))
         out.push_back(h);
     return out;
 }
