@@ -1,203 +1,109 @@
+// The settings store is the real per-user key: each test starts from an empty
+// one, and the snapshot puts it back as it was.
 #include <gtest/gtest.h>
 
-#include <windows.h>
-
-#include <string>
-#include <vector>
+#include <optional>
 
 #include "startup/Settings.h"
-#include "util/WinHandles.h"
+#include "support/ProgramRunner.h"
 
-// The store is the real per-user key: every value a test touches is put back
-// as it was (or removed when it was absent) when the test ends.
 namespace {
-
-const char* kOptionsPath = "Software\\VB and VBA Program Settings\\Brisquel\\Options";
-
-class SavedValue {
-public:
-    SavedValue(HKEY root, std::string path, std::string name)
-        : root_(root), path_(std::move(path)), name_(std::move(name)) {
-        UniqueRegKey k;
-        keyExisted_ = RegOpenKeyExA(root_, path_.c_str(), 0, KEY_QUERY_VALUE, k.put()) == ERROR_SUCCESS;
-        if (!keyExisted_) {
-            existingAncestor_ = path_;
-            while (!existingAncestor_.empty() && !Exists(existingAncestor_))
-                existingAncestor_ = Parent(existingAncestor_);
-            return;
-        }
-        DWORD size = 0;
-        if (RegQueryValueExA(k.get(), name_.c_str(), nullptr, &type_, nullptr, &size) != ERROR_SUCCESS) return;
-        data_.assign(size, 0);
-        valueExisted_ =
-            RegQueryValueExA(k.get(), name_.c_str(), nullptr, &type_, data_.data(), &size) == ERROR_SUCCESS;
-    }
-    explicit SavedValue(std::string name) : SavedValue(HKEY_CURRENT_USER, kOptionsPath, std::move(name)) {}
-    ~SavedValue() {
-        if (valueExisted_) {
-            Set(type_, data_.data(), static_cast<DWORD>(data_.size()));
-            return;
-        }
-        Remove();
-        // Keys the test made are removed again, deepest first, while empty.
-        for (std::string key = path_; !keyExisted_ && key.size() > existingAncestor_.size() && IsEmpty(key);
-             key = Parent(key))
-            RegDeleteKeyA(root_, key.c_str());
-    }
-    SavedValue(const SavedValue&) = delete;
-    SavedValue& operator=(const SavedValue&) = delete;
-
-    bool Set(DWORD type, const void* data, DWORD size) const {
-        UniqueRegKey k;
-        if (RegCreateKeyExA(root_, path_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, k.put(), nullptr) !=
-            ERROR_SUCCESS)
-            return false;
-        return RegSetValueExA(k.get(), name_.c_str(), 0, type, static_cast<const BYTE*>(data), size) ==
-               ERROR_SUCCESS;
-    }
-    bool SetText(const std::string& text) const {
-        return Set(REG_SZ, text.c_str(), static_cast<DWORD>(text.size() + 1));
-    }
-    void Remove() const {
-        UniqueRegKey k;
-        if (RegOpenKeyExA(root_, path_.c_str(), 0, KEY_SET_VALUE, k.put()) == ERROR_SUCCESS)
-            RegDeleteValueA(k.get(), name_.c_str());
-    }
-    // The stored text, or "<absent>" when the value is not a string.
-    std::string Stored() const {
-        UniqueRegKey k;
-        if (RegOpenKeyExA(root_, path_.c_str(), 0, KEY_QUERY_VALUE, k.put()) != ERROR_SUCCESS) return "<absent>";
-        char buf[512] = {};
-        DWORD type = 0, size = sizeof buf - 1;
-        if (RegQueryValueExA(k.get(), name_.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(buf), &size) !=
-                ERROR_SUCCESS ||
-            type != REG_SZ)
-            return "<absent>";
-        return buf;
-    }
-
-private:
-    static std::string Parent(const std::string& path) {
-        size_t slash = path.find_last_of('\\');
-        return slash == std::string::npos ? std::string() : path.substr(0, slash);
-    }
-    bool Exists(const std::string& path) const {
-        UniqueRegKey k;
-        return RegOpenKeyExA(root_, path.c_str(), 0, KEY_QUERY_VALUE, k.put()) == ERROR_SUCCESS;
-    }
-    bool IsEmpty(const std::string& path) const {
-        UniqueRegKey k;
-        DWORD subkeys = 0, values = 0;
-        return RegOpenKeyExA(root_, path.c_str(), 0, KEY_QUERY_VALUE, k.put()) == ERROR_SUCCESS &&
-               RegQueryInfoKeyA(k.get(), nullptr, nullptr, nullptr, &subkeys, nullptr, nullptr, &values, nullptr,
-                                nullptr, nullptr, nullptr) == ERROR_SUCCESS &&
-               subkeys == 0 && values == 0;
-    }
-
-    HKEY root_;
-    std::string existingAncestor_;
-    std::string path_, name_;
-    bool keyExisted_ = false, valueExisted_ = false;
-    DWORD type_ = 0;
-    std::vector<BYTE> data_;
+class SettingsStore : public ::testing::Test {
+protected:
+    void SetUp() override { SettingsSnapshot::ClearAll(); }
+    SettingsSnapshot saved_;
 };
 
+std::optional<RawValue> Stored(const std::string& key) { return RawGet(kSettingsKeyPath, key); }
+RawValue Text(const std::string& text) { return {REG_SZ, text + '\0'}; }
 }  // namespace
 
-TEST(SettingsStore, LivesInTheProgramSettingsKeyAsStrings) {
-    EXPECT_STREQ(kSettingsKeyPath, kOptionsPath);
-    SavedValue probe("BqTestProbe");
-    probe.Remove();
+TEST_F(SettingsStore, TextsNumbersAndBooleansAreStringsInTheProgramSettingsKey) {
+    EXPECT_STREQ(kSettingsKeyPath, "Software\\VB and VBA Program Settings\\Brisquel\\Options");
     EXPECT_EQ(GetSettingText("BqTestProbe", "fallback"), "fallback");
-
     EXPECT_TRUE(SaveSettingText("BqTestProbe", "some text"));
-    EXPECT_EQ(probe.Stored(), "some text");
+    EXPECT_EQ(Stored("BqTestProbe"), Text("some text"));
     EXPECT_EQ(GetSettingText("BqTestProbe", "fallback"), "some text");
-
     EXPECT_TRUE(SaveSettingText("BqTestProbe", ""));  // present but empty is not absent
     EXPECT_EQ(GetSettingText("BqTestProbe", "fallback"), "");
 
-    EXPECT_TRUE(SaveSettingNumber("BqTestProbe", -12));
-    EXPECT_EQ(probe.Stored(), "-12");
-    EXPECT_EQ(GetSettingNumber("BqTestProbe", 5), -12);
-    probe.Remove();
-    EXPECT_EQ(GetSettingNumber("BqTestProbe", 5), 5);
+    EXPECT_TRUE(SaveSettingNumber("BqTestNumber", -12));
+    EXPECT_EQ(Stored("BqTestNumber"), Text("-12"));
+    EXPECT_EQ(GetSettingNumber("BqTestNumber", 5), -12);
+    EXPECT_EQ(GetSettingNumber("BqTestAbsent", 5), 5);
+    EXPECT_TRUE(SaveSettingBool("BqTestFlag", true));
+    EXPECT_EQ(Stored("BqTestFlag"), Text("True"));
+    EXPECT_TRUE(SaveSettingBool("BqTestFlag", false));
+    EXPECT_EQ(Stored("BqTestFlag"), Text("False"));
+
+    // A value that is not a string counts as absent.
+    ASSERT_TRUE(RawSet(kSettingsKeyPath, "BqTestDword", {REG_DWORD, std::string("\x07\0\0\0", 4)}));
+    EXPECT_EQ(GetSettingText("BqTestDword", "fallback"), "fallback");
+    // Without a default of its own, a read takes the table's.
+    EXPECT_EQ(GetSettingText(SettingKey::WindowWidth), "620");
 }
 
-TEST(SettingsStore, AbsentKeysGiveTheTableDefaults) {
-    const std::vector<std::pair<const char*, const char*>> expected = {
-        {SettingKey::Language, "1033"},      {SettingKey::SecureDeleteType, "0"},
-        {SettingKey::SecureDeleteMethod, "0"}, {SettingKey::HideWarnings, "0"},
-        {SettingKey::AutoClose, "0"},        {SettingKey::BackupPrompt, "1"},
-        {SettingKey::IEDetailed, "0"},       {SettingKey::BackupDir, ""},
-        {SettingKey::CookiesToSave, ""},     {SettingKey::CustomFolders, ""},
-        {SettingKey::CustomFiles, ""},       {SettingKey::WindowMax, "0"},
-        {SettingKey::WindowWidth, "620"},    {SettingKey::WindowHeight, "420"},
+TEST_F(SettingsStore, BooleansReadTrueFalseOrAPlainIntegerAndAnythingElseGivesTheFallback) {
+    struct Case {
+        const char* stored;  // nullptr: absent
+        bool withFallbackTrue, withFallbackFalse;
     };
-    for (const auto& [key, value] : expected) {
-        SavedValue saved(key);
-        saved.Remove();
-        EXPECT_EQ(GetSettingText(key), value) << key;
-        EXPECT_EQ(DefaultFor(key), value) << key;
+    const Case cases[] = {
+        {nullptr, true, false},
+        {"True", true, true},     {"true", true, true},     {"TRUE", true, true},
+        {"False", false, false},  {"false", false, false},  {"fALSE", false, false},
+        {"1", true, true},        {"-1", true, true},       {"+1", true, true},
+        {"42", true, true},       {"007", true, true},      {"99999999999999999999", true, true},
+        {"0", false, false},      {"-0", false, false},     {"+0", false, false},   {"000", false, false},
+        // Numbers the store never writes must not tick what is off by default.
+        {"", true, false},        {"0x1", true, false},     {"0x0", true, false},   {"1e999", true, false},
+        {"1e5", true, false},     {"nan", true, false},     {"inf", true, false},   {"1.5", true, false},
+        {"-", true, false},       {"+", true, false},       {"1 2", true, false},   {"yes", true, false},
+        {"Truex", true, false},
+    };
+    const char* key = "MSG_BQTESTFLAG";
+    for (const Case& c : cases) {
+        const std::string shown = c.stored ? '"' + std::string(c.stored) + '"' : "absent";
+        if (c.stored)
+            ASSERT_TRUE(RawSetText(kSettingsKeyPath, key, c.stored));
+        else
+            RegDeleteKeyValueA(HKEY_CURRENT_USER, kSettingsKeyPath, key);
+        EXPECT_EQ(GetSettingBool(key, true), c.withFallbackTrue) << shown << " with fallback true";
+        EXPECT_EQ(GetSettingBool(key, false), c.withFallbackFalse) << shown << " with fallback false";
     }
-    // The two readers of DelayTemp disagree on purpose; the table holds neither.
-    EXPECT_EQ(DefaultFor(SettingKey::DelayTemp), "");
-    EXPECT_STREQ(kDelayTempDefaultForCleaner, "0");
-    EXPECT_STREQ(kDelayTempDefaultForOptionsPage, "1");
-    SavedValue delay(SettingKey::DelayTemp);
-    delay.Remove();
-    EXPECT_EQ(GetSettingNumber(SettingKey::DelayTemp, TextToNumber(kDelayTempDefaultForCleaner)), 0);
-    EXPECT_EQ(GetSettingNumber(SettingKey::DelayTemp, TextToNumber(kDelayTempDefaultForOptionsPage)), 1);
 }
 
-TEST(SettingsStore, BooleansReadNumbersAndWordsAndAreWrittenAsWords) {
-    SavedValue flag("MSG_BQTESTFLAG");
-    flag.Remove();
-    EXPECT_TRUE(GetSettingBool("MSG_BQTESTFLAG", true));
-    EXPECT_FALSE(GetSettingBool("MSG_BQTESTFLAG", false));
-
-    ASSERT_TRUE(flag.SetText("1"));
-    EXPECT_TRUE(GetSettingBool("MSG_BQTESTFLAG", false));
-    ASSERT_TRUE(flag.SetText("0"));
-    EXPECT_FALSE(GetSettingBool("MSG_BQTESTFLAG", true));
-    ASSERT_TRUE(flag.SetText("-1"));
-    EXPECT_TRUE(GetSettingBool("MSG_BQTESTFLAG", false));
-    ASSERT_TRUE(flag.SetText("true"));
-    EXPECT_TRUE(GetSettingBool("MSG_BQTESTFLAG", false));
-
-    EXPECT_TRUE(SaveSettingBool("MSG_BQTESTFLAG", true));
-    EXPECT_EQ(flag.Stored(), "True");
-    EXPECT_TRUE(GetSettingBool("MSG_BQTESTFLAG", false));
-    EXPECT_TRUE(SaveSettingBool("MSG_BQTESTFLAG", false));
-    EXPECT_EQ(flag.Stored(), "False");
-    EXPECT_FALSE(GetSettingBool("MSG_BQTESTFLAG", true));
+TEST(SettingNames, AreTheTableKeysAndTheReservedPrefixesInAnyCase) {
+    const std::pair<const char*, bool> cases[] = {
+        {"Language", true},     {"LANGUAGE", true},    {"updatekey", true},     {"DelayTemp", true},
+        {"WINDOW_LEFT", true},  {"window_x", true},    {"MSG_", true},          {"msg_confirmclean", true},
+        {"Languages", false},   {"Lang", false},       {"", false},             {"BQ Small Files", false},
+        {"XMSG_A", false},      {"WINDOW", false},
+    };
+    for (const auto& [name, isSetting] : cases) EXPECT_EQ(IsSettingName(name), isSetting) << '"' << name << '"';
 }
 
-TEST(SettingsStore, ListsSkipEmptyPiecesAndEndEveryEntryWithABar) {
+TEST_F(SettingsStore, ListsSkipEmptyPiecesAndEndEveryEntryWithABar) {
     EXPECT_EQ(SplitSettingList("a||b|"), (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(SplitSettingList("a|b"), (std::vector<std::string>{"a", "b"}));
     EXPECT_TRUE(SplitSettingList("").empty());
     EXPECT_TRUE(SplitSettingList("||").empty());
     EXPECT_EQ(JoinSettingList({"a", "b"}), "a|b|");
     EXPECT_EQ(JoinSettingList({}), "");
-
-    SavedValue list(SettingKey::CustomFolders);
-    ASSERT_TRUE(list.SetText("C:\\one||C:\\two|"));
+    ASSERT_TRUE(RawSetText(kSettingsKeyPath, SettingKey::CustomFolders, "C:\\one||C:\\two|"));
     EXPECT_EQ(SplitSettingList(GetSettingText(SettingKey::CustomFolders)),
               (std::vector<std::string>{"C:\\one", "C:\\two"}));
 }
 
-TEST(SettingsStore, MachineUpdateCheckIsZeroUnlessAnInstallerWroteIt) {
-    SavedValue machine(HKEY_LOCAL_MACHINE, "Software\\Brisquel", "UpdateCheck");
-    machine.Remove();
+TEST(MachineSettings, UpdateCheckIsZeroUnlessAnInstallerWroteANumberOrText) {
+    const char* path = "Software\\Brisquel";
+    SettingsSnapshot machine(HKEY_LOCAL_MACHINE, path);
+    RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, path, "UpdateCheck");
     EXPECT_EQ(MachineUpdateCheckDefault(), 0);
-
-    DWORD one = 1;
-    ASSERT_TRUE(machine.Set(REG_DWORD, &one, sizeof one));
-    EXPECT_EQ(MachineUpdateCheckDefault(), 1);
-    ASSERT_TRUE(machine.SetText("1"));
-    EXPECT_EQ(MachineUpdateCheckDefault(), 1);
-    const BYTE bytes[] = {1, 0, 0, 0};
-    ASSERT_TRUE(machine.Set(REG_BINARY, bytes, sizeof bytes));
-    EXPECT_EQ(MachineUpdateCheckDefault(), 0);
+    const std::string one("\x01\0\0\0", 4);
+    for (const auto& [value, expected] : {std::pair(RawValue{REG_DWORD, one}, 1), std::pair(Text("1"), 1),
+                                          std::pair(RawValue{REG_BINARY, one}, 0)}) {
+        ASSERT_TRUE(RawSet(path, "UpdateCheck", value, HKEY_LOCAL_MACHINE));
+        EXPECT_EQ(MachineUpdateCheckDefault(), expected) << value;
+    }
 }

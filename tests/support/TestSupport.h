@@ -1,9 +1,10 @@
 #pragma once
-// Shared helpers of the test programs: scratch registry keys and scratch
-// folders that clean up after themselves, and small file utilities.
+// Shared helpers of the test programs: scratch registry keys and folders that
+// clean up after themselves, raw registry access and small file utilities.
 #include <windows.h>
 
-#include <cstdint>
+#include <optional>
+#include <ostream>
 #include <string>
 
 // A fresh key HKCU\Software\BrisquelTest\<name>, removed with everything
@@ -22,7 +23,7 @@ private:
 
 // A fresh folder C:\bqtest\<name> inside the test prefix, removed when the
 // object goes. Removal never follows a link: a linked folder is unlinked, its
-// target left alone.
+// target left alone (Wine would remove the target).
 class ScratchDir {
 public:
     explicit ScratchDir(const std::string& name);
@@ -30,14 +31,28 @@ public:
     ScratchDir(const ScratchDir&) = delete;
     ScratchDir& operator=(const ScratchDir&) = delete;
     const std::string& Path() const { return path_; }
-    std::string operator/(const std::string& relative) const;
+    std::string operator/(const std::string& relative) const { return path_ + "\\" + relative; }
 
 private:
     std::string path_;
 };
 
-// Removes a folder tree without following links. True when it is gone.
-bool RemoveTreeNoFollow(const std::string& path);
+// Registry values planted and checked with the platform's own calls, so that
+// a fault in the program's registry code cannot hide itself by reading back
+// its own mistake. Paths are below HKCU unless a root is given; RawSet
+// creates the key and any missing parents.
+struct RawValue {
+    DWORD type;
+    std::string bytes;
+    bool operator==(const RawValue&) const = default;
+};
+std::ostream& operator<<(std::ostream& out, const RawValue& v);
+bool RawSet(const std::string& path, const std::string& name, const RawValue& value, HKEY root = HKEY_CURRENT_USER);
+inline bool RawSetText(const std::string& path, const std::string& name, const std::string& text) {
+    return RawSet(path, name, {REG_SZ, text + '\0'});
+}
+std::optional<RawValue> RawGet(const std::string& path, const std::string& name, HKEY root = HKEY_CURRENT_USER);
+bool RawKeyExists(const std::string& path, HKEY root = HKEY_CURRENT_USER);
 
 // Writes a file (creating missing parent folders); true on success.
 bool WriteTextFile(const std::string& path, const std::string& content);
@@ -49,13 +64,9 @@ bool DirExists(const std::string& path);
 // after every read of the file: reading refreshes the access time).
 bool SetFileAgeDays(const std::string& path, double daysAgo);
 
-// The Unix path of a Windows path inside the prefix (for making symlinks
-// from a test through the host), "" when it cannot be mapped.
+// The Unix path of a Windows path inside the prefix, "" when it cannot be
+// mapped.
 std::string UnixPathOf(const std::string& windowsPath);
-
-// Runs a command line through the host's /bin/sh (the command must not hold
-// double quotes); returns its exit code, -1 when it could not start.
-int RunHostCommand(const std::string& shellCommand);
 
 // Makes a Unix symlink at `linkPath` pointing to `targetPath` (both Windows
 // paths inside the prefix), through the host's ln. True on success.

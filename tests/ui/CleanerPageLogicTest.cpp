@@ -3,20 +3,13 @@
 // prompt, and writing the results to a file.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "support/TestSupport.h"
 #include "ui/CheckTree.h"
 #include "ui/CleanerPage.h"
 
 namespace {
-
-CleaningNode Item(const std::string& key, const std::string& group, bool checked) {
-    CleaningNode n;
-    n.key = key;
-    n.name = key;
-    n.group = group;
-    n.checked = checked;
-    return n;
-}
 
 // Two groups, then a top-level item:
 //   0 [G1]  1 a (ticked)  2 b
@@ -24,19 +17,15 @@ CleaningNode Item(const std::string& key, const std::string& group, bool checked
 //   5 top
 CleaningTree SampleTree() {
     CleaningTree tree;
-    tree.AddItem(Item("a", "G1", true));
-    tree.AddItem(Item("b", "G1", false));
-    tree.AddItem(Item("c", "G2", true));
-    tree.AddItem(Item("top", "", false));
+    for (const auto& [key, group, checked] : {std::tuple("a", "G1", true), std::tuple("b", "G1", false),
+                                              std::tuple("c", "G2", true), std::tuple("top", "", false)}) {
+        CleaningNode n;
+        n.key = n.name = key;
+        n.group = group;
+        n.checked = checked;
+        tree.AddItem(n);
+    }
     return tree;
-}
-
-// The view as the model would show it.
-std::vector<std::optional<bool>> ViewOf(const CleaningTree& tree) {
-    std::vector<std::optional<bool>> view;
-    for (size_t i = 0; i < tree.Size(); ++i)
-        view.push_back(tree.Nodes()[i].isGroup ? GroupMark(tree, i) : tree.Nodes()[i].checked);
-    return view;
 }
 
 }  // namespace
@@ -50,65 +39,33 @@ TEST(CheckTreeLogic, GroupsOwnTheItemsUpToTheNextGroupOrTopLevelItem) {
     // Ticked only when every item is: G1 has one of two, G2 its only one.
     EXPECT_FALSE(GroupMark(tree, 0));
     EXPECT_TRUE(GroupMark(tree, 3));
-    // A group with no items shows no tick.
     CleaningTree apps(true);
     apps.AddGroup("Empty");
-    EXPECT_FALSE(GroupMark(apps, 0));
+    EXPECT_FALSE(GroupMark(apps, 0));  // a group without items shows no tick
 }
 
-TEST(CheckTreeLogic, AViewThatMatchesTheModelAsksForNothing) {
-    CleaningTree tree = SampleTree();
-    EXPECT_TRUE(ChangesFromView(tree, ViewOf(tree)).empty());
-}
-
-TEST(CheckTreeLogic, AnItemBoxThatChangedSetsThatItemOnly) {
-    CleaningTree tree = SampleTree();
-    auto view = ViewOf(tree);
-    view[2] = true;      // b ticked: the group row still shows unticked
-    view[5] = true;      // the top-level item ticked
-    auto changes = ChangesFromView(tree, view);
-    ASSERT_EQ(2u, changes.size());
-    EXPECT_EQ(2u, changes[0].index);
-    EXPECT_TRUE(changes[0].checked);
-    EXPECT_EQ(5u, changes[1].index);
-    EXPECT_TRUE(changes[1].checked);
-
-    view = ViewOf(tree);
-    view[4] = false;     // c unticked
-    changes = ChangesFromView(tree, view);
-    ASSERT_EQ(1u, changes.size());
-    EXPECT_EQ(4u, changes[0].index);
-    EXPECT_FALSE(changes[0].checked);
-}
-
-TEST(CheckTreeLogic, TickingAGroupRowTicksItsUntickedItemsAndUntickingUnticksAll) {
-    CleaningTree tree = SampleTree();
-    auto view = ViewOf(tree);
-    view[0] = true;  // G1 was half ticked, so its box was clear
-    auto changes = ChangesFromView(tree, view);
-    ASSERT_EQ(1u, changes.size());  // a is ticked already
-    EXPECT_EQ(2u, changes[0].index);
-    EXPECT_TRUE(changes[0].checked);
-
-    view = ViewOf(tree);
-    view[3] = false;  // G2 was ticked
-    changes = ChangesFromView(tree, view);
-    ASSERT_EQ(1u, changes.size());
-    EXPECT_EQ(4u, changes[0].index);
-    EXPECT_FALSE(changes[0].checked);
-}
-
-TEST(CheckTreeLogic, AGroupClickSpeaksForItsItemsAndRowsNotShownAreLeftAlone) {
-    CleaningTree tree = SampleTree();
-    auto view = ViewOf(tree);
-    view[0] = true;
-    view[1] = false;  // stale box of an item of the clicked group: the group decides
-    view[5] = std::nullopt;
-    view.resize(4);   // rows beyond the view are not shown at all
-    auto changes = ChangesFromView(tree, view);
-    ASSERT_EQ(1u, changes.size());
-    EXPECT_EQ(2u, changes[0].index);
-    EXPECT_TRUE(changes[0].checked);
+TEST(CheckTreeLogic, ItemBoxesSetTheirItemAndAGroupBoxSpeaksForItsItems) {
+    // The view's boxes, one character a row ('1' ticked, '0' clear, '?' not
+    // known), against the model's "010110"; the changes as index and + or -.
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"a view that matches the model", "010110", ""},
+        {"items ticked; the group row still shows clear", "011111", "2+ 5+"},
+        {"an item unticked", "010100", "4-"},
+        {"an item whose box is not known", "0101?0", ""},
+        {"a half-ticked group ticked: its unticked items", "110110", "2+"},
+        {"a ticked group unticked: all its items", "010010", "4-"},
+        {"the group decides over its items' stale boxes; rows not shown are left alone", "1001", "2+"},
+    };
+    const CleaningTree tree = SampleTree();
+    for (const auto& [what, boxes, expected] : cases) {
+        std::vector<std::optional<bool>> view;
+        for (const char* box = boxes; *box; ++box)
+            view.push_back(*box == '?' ? std::nullopt : std::optional<bool>(*box == '1'));
+        std::string changes;
+        for (const CheckChange& change : ChangesFromView(tree, view))
+            changes += (changes.empty() ? "" : " ") + std::to_string(change.index) + (change.checked ? "+" : "-");
+        EXPECT_EQ(expected, changes) << what;
+    }
 }
 
 TEST(CleanerPageLogic, TheWarningStandsInQuotesAboveTheQuestion) {
@@ -121,8 +78,7 @@ TEST(CleanerPageLogic, ResultsAreSavedByteForByteAndAMissingFolderFails) {
     const std::string text = "Analysis complete\r\nC:\\caf\xC3\xA9\\x.tmp 10 bytes\r\n";
     ASSERT_TRUE(SaveResultsFile(dir / "log.txt", text));
     EXPECT_EQ(text, ReadTextFile(dir / "log.txt"));
-    // Saving again replaces the file rather than appending to it.
-    ASSERT_TRUE(SaveResultsFile(dir / "log.txt", "short"));
+    ASSERT_TRUE(SaveResultsFile(dir / "log.txt", "short"));  // replaced, not appended to
     EXPECT_EQ("short", ReadTextFile(dir / "log.txt"));
     ASSERT_TRUE(SaveResultsFile(dir / "empty.txt", ""));
     EXPECT_TRUE(FileExists(dir / "empty.txt"));

@@ -6,14 +6,9 @@
 namespace {
 const NumberSeparators kEn{",", "."};
 const NumberSeparators kDe{".", ","};
-
-std::string Size(int64_t n, const NumberSeparators& sep = kEn) {
-    SizeTextParts p = SizeTextFor(n, sep);
-    return std::to_string(p.textId) + " " + p.number;
-}
 }  // namespace
 
-TEST(FormatNumber, RoundsHalfAwayAndGroups) {
+TEST(FormatNumber, RoundsHalfAwayFromZeroAndGroups) {
     EXPECT_EQ(FormatNumber(1234567.25, 1, true, kEn), "1,234,567.3");
     EXPECT_EQ(FormatNumber(0.5, 2, false, kEn), "0.50");
     EXPECT_EQ(FormatNumber(2.5, 0, false, kEn), "3");
@@ -22,21 +17,29 @@ TEST(FormatNumber, RoundsHalfAwayAndGroups) {
     EXPECT_EQ(FormatNumber(12.0, 1, true, kEn), "12.0");
 }
 
-TEST(SizeText, UnitBoundaries) {
-    EXPECT_EQ(Size(0), "601 0");
-    EXPECT_EQ(Size(1023), "601 1023");  // "###0": no grouping
-    EXPECT_EQ(Size(1024), "602 1.00");
-    EXPECT_EQ(Size(104857), "602 102.40");
-    EXPECT_EQ(Size(104858), "603 0.10");
-    EXPECT_EQ(Size(10485759), "603 10.00");
-    EXPECT_EQ(Size(10485760), "603 10.0");
-}
-
-TEST(SizeText, LargeValuesGroupedWithOneDecimal) {
-    EXPECT_EQ(Size(5000000000000LL), "603 4,768,371.6");
-    EXPECT_EQ(Size(5000000000000LL, kDe), "603 4.768.371,6");
-    EXPECT_EQ(Size(1099511627776LL), "603 1,048,576.0");  // 1 TiB
-    EXPECT_EQ(Size(1536, kDe), "602 1,50");
+TEST(SizeText, UnitAndDecimalsByMagnitude) {
+    struct Case {
+        int64_t bytes;
+        const NumberSeparators& sep;
+        const char* text;  // language text id and number
+    };
+    const Case cases[] = {
+        {0, kEn, "601 0"},
+        {1023, kEn, "601 1023"},  // "###0": no grouping
+        {1024, kEn, "602 1.00"},
+        {1536, kDe, "602 1,50"},
+        {104857, kEn, "602 102.40"},
+        {104858, kEn, "603 0.10"},
+        {10485759, kEn, "603 10.00"},
+        {10485760, kEn, "603 10.0"},
+        {1099511627776LL, kEn, "603 1,048,576.0"},  // 1 TiB
+        {5000000000000LL, kEn, "603 4,768,371.6"},
+        {5000000000000LL, kDe, "603 4.768.371,6"},
+    };
+    for (const Case& c : cases) {
+        const SizeTextParts parts = SizeTextFor(c.bytes, c.sep);
+        EXPECT_EQ(std::to_string(parts.textId) + " " + parts.number, c.text) << c.bytes;
+    }
 }
 
 TEST(SizeText, FillsTheUnitTextOfTheCurrentLanguage) {

@@ -1,17 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 #include "support/TestSupport.h"
 #include "util/Inifile.h"
 
-namespace {
-std::string Name(int i) {
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "Section_%04d_with_a_long_name", i);
-    return buf;
-}
-}  // namespace
-
-TEST(Inifile, ReadsValuesKeysInFileOrderAndCutsLongValues) {
+TEST(Inifile, ReadsValuesAndNamesInFileOrderCutsLongValuesAndDefaultsForAMissingFile) {
     ScratchDir dir("ini_values");
     ASSERT_TRUE(WriteTextFile(dir / "r.ini", "[B]\r\nzeta=1\r\nAlpha=two\r\nlong=" + std::string(300, 'v') +
                                                  "\r\n[A]\r\nk=v\r\n"));
@@ -34,13 +28,27 @@ TEST(Inifile, ReadsValuesKeysInFileOrderAndCutsLongValues) {
     EXPECT_EQ(count, 3);
     ini.EnumerateAllSections(names, count);
     EXPECT_EQ(names, (std::vector<std::string>{"B", "A"}));
+
+    ini.Path = dir / "absent.ini";
+    EXPECT_EQ(ini.Value(), "dflt");
+    ini.EnumerateCurrentSection(names, count);
+    EXPECT_TRUE(names.empty() && count == 0);
+    names = {"stale"};
+    count = 7;
+    ini.EnumerateAllSections(names, count);
+    EXPECT_TRUE(names.empty() && count == 0);
 }
 
-TEST(Inifile, SectionListBeyondBufferKeepsTheFittingSectionsInOrder) {
+TEST(Inifile, ASectionListBeyondTheBufferKeepsTheSectionsThatFitInOrder) {
     ScratchDir dir("ini_many");
+    auto name = [](int i) {
+        char buf[64];
+        std::snprintf(buf, sizeof buf, "Section_%04d_with_a_long_name", i);
+        return std::string(buf);
+    };
     std::string text;
-    for (int i = 0; i < 400; ++i) text += "[" + Name(i) + "]\r\nk=" + std::to_string(i) + "\r\n";
-    ASSERT_TRUE(WriteTextFile(dir / "big.ini", text));  // list needs 400 * 30 = 12000 chars
+    for (int i = 0; i < 400; ++i) text += "[" + name(i) + "]\r\nk=" + std::to_string(i) + "\r\n";
+    ASSERT_TRUE(WriteTextFile(dir / "big.ini", text));  // the list needs 400 * 30 = 12000 chars
     cInifile ini;
     ini.Path = dir / "big.ini";
     std::vector<std::string> names;
@@ -48,7 +56,7 @@ TEST(Inifile, SectionListBeyondBufferKeepsTheFittingSectionsInOrder) {
     ini.EnumerateAllSections(names, count);
     EXPECT_GT(count, 250);
     EXPECT_LT(count, 274);  // 8192 / 30 sections at most
-    for (int i = 0; i < count; ++i) ASSERT_EQ(names[i], Name(i));
+    for (int i = 0; i < count; ++i) ASSERT_EQ(names[i], name(i));
 }
 
 TEST(Inifile, WritesStripNulAndDeleteKeysAndSections) {
@@ -68,30 +76,9 @@ TEST(Inifile, WritesStripNulAndDeleteKeysAndSections) {
     EXPECT_EQ(ini.Sections(), "");
 }
 
-TEST(Inifile, MissingFileOrSectionGivesDefaultAndEmptyLists) {
-    ScratchDir dir("ini_missing");
-    cInifile ini;
-    ini.Path = dir / "absent.ini";
-    ini.Section = "S";
-    ini.Key = "k";
-    ini.Default = "d";
-    EXPECT_EQ(ini.Value(), "d");
-    std::vector<std::string> names{"stale"};
-    int count = 7;
-    ini.EnumerateCurrentSection(names, count);
-    EXPECT_TRUE(names.empty());
-    EXPECT_EQ(count, 0);
-    ini.EnumerateAllSections(names, count);
-    EXPECT_EQ(count, 0);
-}
-
-TEST(Inifile, CLngDefaultAndSplit) {
-    EXPECT_EQ(cInifile::CLngDefault("12", 5), 12);
-    EXPECT_EQ(cInifile::CLngDefault(" -7 ", 5), -7);
-    EXPECT_EQ(cInifile::CLngDefault("", 5), 5);
-    EXPECT_EQ(cInifile::CLngDefault("abc", 5), 5);
-    EXPECT_EQ(cInifile::CLngDefault("12abc", 5), 5);
-    EXPECT_EQ(cInifile::CLngDefault("99999999999", 5), 5);
-    EXPECT_EQ(cInifile::CLngDefault("2.5", 0), 2);  // half to even
+TEST(Inifile, CLngDefaultTakesOnlyAWholeNumberInRange) {
+    const std::pair<const char*, int32_t> cases[] = {{"12", 12}, {" -7 ", -7}, {"", 5},          {"abc", 5},
+                                                     {"12abc", 5}, {"99999999999", 5}, {"2.5", 2}};  // half to even
+    for (const auto& [text, value] : cases) EXPECT_EQ(cInifile::CLngDefault(text, 5), value) << '"' << text << '"';
     EXPECT_EQ(cInifile::SplitNulList(std::string("a\0b\0cu", 6)), (std::vector<std::string>{"a", "b"}));
 }

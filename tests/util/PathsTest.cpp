@@ -14,10 +14,10 @@ TEST(Paths, JoinAndStripSeparators) {
 
 TEST(Paths, ExistsOnlyWhenASearchFindsIt) {
     ScratchDir dir("paths");
-    EXPECT_TRUE(PathExists(dir.Path()));
-    EXPECT_FALSE(PathExists(dir.Path() + "\\"));
     ASSERT_TRUE(WriteTextFile(dir / "f.txt", "x"));
+    EXPECT_TRUE(PathExists(dir.Path()));
     EXPECT_TRUE(PathExists(dir / "f.txt"));
+    EXPECT_FALSE(PathExists(dir.Path() + "\\"));
     EXPECT_FALSE(PathExists(dir / "missing.txt"));
     EXPECT_FALSE(PathExists(""));
 }

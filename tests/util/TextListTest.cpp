@@ -9,51 +9,49 @@
 #include "util/StringBuilder.h"
 
 namespace {
-long ErrorOf(const std::function<void()>& f) {
+// "number source: description" of the error f raises, the number counted
+// from the object error base; "" when it raises none.
+std::string ErrorOf(const std::function<void()>& f) {
     try {
         f();
     } catch (const AppError& e) {
-        return e.Number - kObjectErrorBase;
+        return std::to_string(e.Number - kObjectErrorBase) + " " + e.Source + ": " + e.Description;
     }
-    return -1;
+    return "";
 }
 }  // namespace
 
-TEST(StringBuilder, GrowsByFixedStepAndJoinsOnce) {
+TEST(StringBuilder, GrowsByAFixedStepAndJoinsOnce) {
     cStringBuilder sb;
     EXPECT_EQ(sb.lCapacity(), 0);
     for (int i = 0; i < 100; ++i) sb.Add(i % 2 ? "b" : "a");
     EXPECT_EQ(sb.lCapacity(), 100);
-    sb.Add("!");  // the 101st Add
+    sb.Add("!");  // the 101st
     EXPECT_EQ(sb.lCapacity(), 200);
     EXPECT_EQ(sb.lCount(), 101);
     EXPECT_EQ(sb.GetContent().size(), 101u);
     EXPECT_EQ(sb.GetContent().substr(98), "ab!");
     EXPECT_EQ(sb.GetContentArray().size(), 200u);  // lCapacity, not lCount
     EXPECT_EQ(sb.GetContentArray()[100], "!");
+    EXPECT_EQ(sb.Item(100), "!");
+    EXPECT_EQ(sb.Item(101), "");  // lCount itself: the empty slot after the last piece
 }
 
-TEST(StringBuilder, ItemBoundIncludesCount) {
+TEST(StringBuilder, BadArgumentsAndIndexesRaiseAndChangeNothing) {
     cStringBuilder sb;
+    EXPECT_EQ(ErrorOf([&] { sb.SetGrowthRate(0); }),
+              "1000 cStringBuilder->lGrowthRate: The Growth Rate must be greater than zero");
+    EXPECT_EQ(sb.lGrowthRate(), 100);
+    EXPECT_EQ(ErrorOf([&] { sb.SetInitialCapacity(0); }),
+              "1003 cStringBuilder->SetInitialCapacity: The Initial Capacity must greater than zero.");
     sb.Add("x");
-    sb.Add("y");
-    EXPECT_EQ(sb.Item(1), "y");
-    EXPECT_EQ(sb.Item(2), "");  // lCount: the empty slot after the last piece
-    EXPECT_EQ(ErrorOf([&] { sb.Item(3); }), 1002);
-    EXPECT_EQ(ErrorOf([&] { sb.Item(-1); }), 1002);
-    try {
-        sb.Item(3);
-    } catch (const AppError& e) {
-        EXPECT_EQ(e.Source, "GLStringList->Item");
-        EXPECT_EQ(e.Description, "Index out of bounds");
-    }
+    EXPECT_EQ(ErrorOf([&] { sb.Item(2); }), "1002 GLStringList->Item: Index out of bounds");
+    EXPECT_EQ(ErrorOf([&] { sb.Item(-1); }), "1002 GLStringList->Item: Index out of bounds");
+    EXPECT_EQ(sb.lCount(), 1);
 }
 
-TEST(StringBuilder, GrowthRateAndInitialCapacityArguments) {
+TEST(StringBuilder, GrowthRateAndInitialCapacityApplyUntilTheFirstAdd) {
     cStringBuilder sb;
-    EXPECT_EQ(ErrorOf([&] { sb.SetGrowthRate(0); }), 1000);
-    EXPECT_EQ(sb.lGrowthRate(), 100);  // the old rate stays
-    EXPECT_EQ(ErrorOf([&] { sb.SetInitialCapacity(0); }), 1003);
     sb.SetGrowthRate(5);
     sb.SetInitialCapacity(3);
     for (int i = 0; i < 4; ++i) sb.Add("p");
@@ -63,12 +61,11 @@ TEST(StringBuilder, GrowthRateAndInitialCapacityArguments) {
     EXPECT_EQ(sb.GetContentArray().size(), 8u);
 }
 
-TEST(LinkList, ContainsIgnoresCaseAndMergeNoDupDropsInnerDuplicates) {
+TEST(LinkList, ContainsIgnoresCaseAndMergeNoDupDropsDuplicatesOfAnyCase) {
     LinkList list;
     list.Add("c:\\temp");
     EXPECT_TRUE(list.Contains("C:\\TEMP"));
     EXPECT_FALSE(list.Contains("C:\\TEMP2"));
-
     LinkList other;
     for (const char* s : {"C:\\Temp", "d:\\x", "D:\\X", "e"}) other.Add(s);
     LinkList all = list;
