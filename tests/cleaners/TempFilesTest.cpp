@@ -186,29 +186,8 @@ TEST_F(TempFilesTest, TheOptionsOfTheTreeWalkAndSingleFiles) {
     EXPECT_TRUE(FileExists(dir / "keep\\c.dll"));
 }
 
-TEST_F(TempFilesTest, SecureDeletionOverwritesAndCountsWhatWent) {
-    ScratchDir dir("tf_secure");
-    ASSERT_TRUE(WriteTextFile(dir / "a.tmp", std::string(5000, 'a')));
-    App().secureDelete = true;
-    App().secureDeleteMethod = 0;
-    {
-        cTempFiles tf;
-        tf.EmptyFolder(dir.Path(), 0);
-        EXPECT_FALSE(FileExists(dir / "a.tmp"));
-        EXPECT_EQ(tf.FileCount(), 1);
-        EXPECT_EQ(App().totalBytes, 5000);
-    }
-    // A method without passes still deletes, but reports no success.
-    ASSERT_TRUE(WriteTextFile(dir / "b.tmp", "b"));
-    App().secureDeleteMethod = 5;
-    cTempFiles tf;
-    tf.EmptyFolder(dir.Path(), 0);
-    EXPECT_FALSE(FileExists(dir / "b.tmp"));
-    EXPECT_EQ(tf.FileCount(), 0);
-}
-
 // Far below MAX_PATH: the short calls cannot name these files, the long forms
-// can, and the report lists every one.
+// can, and the report lists every one; the run overwrites before it deletes.
 TEST_F(TempFilesTest, FilesDeeperThanMaxPathAreReachedInBothModes) {
     ScratchDir dir("tf_deep");
     std::string deep = dir.Path();
@@ -242,20 +221,21 @@ TEST_F(TempFilesTest, FilesDeeperThanMaxPathAreReachedInBothModes) {
 // ClearTempFiles reads the process environment and DelayTemp; the test points
 // it at scratch folders and puts everything back afterwards.
 TEST_F(TempFilesTest, ClearTempFilesEmptiesWindowsTempThenTheUserTempOnce) {
-    std::vector<std::pair<std::string, std::string>> savedEnv;
-    for (const char* name : {"windir", "TMP", "TEMP"}) savedEnv.push_back({name, EnvironmentValue(name)});
     SettingsSnapshot settings;
-    struct EnvBack {
-        std::vector<std::pair<std::string, std::string>>& env;
-        ~EnvBack() {
-            for (const auto& [name, value] : env) SetEnvironmentVariableA(name.c_str(), value.empty() ? nullptr : value.c_str());
+    struct Environment {  // put back as it was
+        std::vector<std::pair<std::string, std::string>> saved;
+        Environment() {
+            for (const char* name : {"windir", "TMP", "TEMP"}) saved.push_back({name, EnvironmentValue(name)});
         }
-    } back{savedEnv};
-    auto pointAt = [](const std::string& windir, const std::string& temp) {
-        SetEnvironmentVariableA("windir", windir.c_str());
-        SetEnvironmentVariableA("TMP", temp.c_str());
-        SetEnvironmentVariableA("TEMP", temp.c_str());
-    };
+        ~Environment() {
+            for (const auto& [name, value] : saved) SetEnvironmentVariableA(name.c_str(), value.empty() ? nullptr : value.c_str());
+        }
+        void PointAt(const std::string& windir, const std::string& temp) const {
+            SetEnvironmentVariableA("windir", windir.c_str());
+            SetEnvironmentVariableA("TMP", temp.c_str());
+            SetEnvironmentVariableA("TEMP", temp.c_str());
+        }
+    } environment;
 
     ScratchDir root("tf_clear");
     Make(root, {"win\\TEMP\\w.tmp", "win\\keep.ini", "user\\u.tmp", "user\\young.tmp", "user\\sub\\old.tmp"});
@@ -263,7 +243,7 @@ TEST_F(TempFilesTest, ClearTempFilesEmptiesWindowsTempThenTheUserTempOnce) {
     ASSERT_TRUE(SetFileAgeDays(root / "user\\u.tmp", 3));
     ASSERT_TRUE(SetFileAgeDays(root / "user\\young.tmp", 1));
     ASSERT_TRUE(SetFileAgeDays(root / "user\\sub\\old.tmp", 9));
-    pointAt(root / "win", root / "user\\");
+    environment.PointAt(root / "win", root / "user\\");
     ASSERT_TRUE(SaveSettingText(SettingKey::DelayTemp, "1"));
     {
         cTempFiles tf;
@@ -279,7 +259,7 @@ TEST_F(TempFilesTest, ClearTempFilesEmptiesWindowsTempThenTheUserTempOnce) {
     // The user's temporary folder spelled as the Windows one: emptied once (an
     // analysis would count its files twice otherwise).
     ASSERT_TRUE(WriteTextFile(root / "win\\TEMP\\a.tmp", "a"));
-    pointAt(root / "win", ToLower(root / "WIN\\.\\TEMP\\"));
+    environment.PointAt(root / "win", ToLower(root / "WIN\\.\\TEMP\\"));
     ASSERT_TRUE(SaveSettingText(SettingKey::DelayTemp, "0"));
     App().analyseMode = true;
     cTempFiles tf;

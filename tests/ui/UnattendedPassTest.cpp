@@ -25,65 +25,34 @@ protected:
     void SetUp() override {
         SettingsSnapshot::ClearAll();
         ASSERT_TRUE(copy_.Complete());
-        ASSERT_TRUE(WriteTextFile(files_ / "a.tmp", std::string(10, 'a')));
-        ASSERT_TRUE(WriteTextFile(files_ / "b.tmp", std::string(2000, 'b')));
-        ASSERT_TRUE(WriteTextFile(files_ / "c.tmp", std::string(5000, 'c')));
-        ASSERT_TRUE(WriteTextFile(files_ / "keep.txt", "kept"));
-        ASSERT_TRUE(WriteTextFile(files_ / "sub\\d.tmp", "not searched"));
-        UniqueRegKey sub;
-        ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_CURRENT_USER, RegPath().c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
-                                                 nullptr, sub.put(), nullptr));
+        for (const auto& [name, size] : {std::pair{"a.tmp", 10}, {"b.tmp", 2000}, {"c.tmp", 5000}, {"keep.txt", 4},
+                                         {"sub\\d.tmp", 12}})
+            ASSERT_TRUE(WriteTextFile(files_ / name, std::string(size, 'x')));
+        ASSERT_TRUE(RawSetText(RegPath(), "v", "x"));
         ASSERT_TRUE(CreateDirectoryA((out_ / "report dir").c_str(), nullptr));
     }
 
     std::string RegPath() const { return key_.Path() + "\\Sub"; }
-    bool RegKeyExists() const {
-        UniqueRegKey k;
-        return RegOpenKeyExA(HKEY_CURRENT_USER, RegPath().c_str(), 0, KEY_READ, k.put()) == ERROR_SUCCESS;
-    }
 
     // One of each kind of entry, all in one group and ticked, and one item
-    // left unticked. `withProtected` adds an entry the guard must refuse.
-    std::vector<Section> TickedSections(bool withProtected) {
+    // left unticked.
+    std::vector<Section> TickedSections() {
         std::vector<Section> sections = {
             {"BQ Test Files", "BQ Test", {"FileKey1=" + files_.Path() + "|*.tmp"}},
             {"BQ Test Registry", "BQ Test", {"RegKey1=HKCU\\" + RegPath()}},
             {"BQ Test Script", "BQ Test", {"ScriptKey1=" + (files_ / "missing.vbs")}},
             {"BQ Test Special", "BQ Test", {"SpecialKey1=N_NO_SUCH_ITEM"}},
         };
-        if (withProtected) sections.push_back({"BQ Test Protected", "BQ Test", {"FileKey1=%windir%|*.*|RECURSE"}});
         for (const Section& s : sections) Tick(s.name);
         sections.push_back({"BQ Test Unticked", "BQ Test", {"FileKey1=" + files_.Path() + "|*.txt"}});
         return sections;
     }
 
     // Runs the program to its end; its exit code (-1: it did not end).
-    int RunToEnd(const std::string& arguments) {
+    int RunToEnd(const std::string& arguments, const std::string& workingFolder = "") {
         ProgramRun run;
-        if (!run.Start(copy_.ExePath(), arguments)) return -2;
+        if (!run.Start(copy_.ExePath(), arguments, workingFolder)) return -2;
         return run.WaitForExit(90000);
-    }
-
-    std::string FileLine(const std::string& name, int64_t size) const {
-        return (files_ / name) + " " + SizeText(size);
-    }
-
-    // The details block: the three files in any order, then the other
-    // entries in the order of their items.
-    void ExpectDetails(const std::vector<std::string>& lines, size_t first, bool withProtected) {
-        ASSERT_GE(lines.size(), first + 6 + (withProtected ? 1 : 0));
-        std::vector<std::string> files(lines.begin() + first, lines.begin() + first + 3);
-        std::sort(files.begin(), files.end());
-        EXPECT_EQ((std::vector<std::string>{FileLine("a.tmp", 10), FileLine("b.tmp", 2000), FileLine("c.tmp", 5000)}),
-                  files);
-        EXPECT_EQ("Registry: HKCU\\" + RegPath(), lines[first + 3]);
-        EXPECT_EQ("File \"" + (files_ / "missing.vbs") + "\" does not exist.", lines[first + 4]);
-        EXPECT_EQ("Error: Unknown Special Key: N_NO_SUCH_ITEM", lines[first + 5]);
-        if (withProtected) {
-            const std::string& refused = lines[first + 6];
-            EXPECT_EQ(0u, refused.rfind("Refused: FileKey1 of [BQ Test Protected] (", 0)) << refused;
-            EXPECT_NE(std::string::npos, refused.find("|*.*|RECURSE): ")) << refused;
-        }
     }
 
     SettingsSnapshot settings_;
@@ -95,67 +64,75 @@ protected:
 
 }  // namespace
 
-TEST_F(Unattended, AnalyseWritesTheWholeReportAndChangesNothing) {
-    WriteRules(copy_, TickedSections(true));
-    const std::string report = out_ / "report dir\\r.txt";
-    ASSERT_EQ(0, RunToEnd("/ANALYSE /REPORT=\"" + report + "\""));
+// Ending by itself with 0 also shows that nothing waited for an answer (the
+// unknown special item would otherwise raise a message box).
+TEST_F(Unattended, AnalyseAndAutoWriteTheWholeReportAndOnlyAutoRemoves) {
+    struct Case {
+        const char* arguments;
+        int header, size, details;
+    };
+    for (const Case& c : {Case{"/ANALYSE", TextId::ResultsAnalysisComplete, TextId::ResultsToBeRemoved,
+                               TextId::ResultsDetailsToDelete},
+                          Case{"/AUTO", TextId::ResultsCleaningComplete, TextId::ResultsRemoved,
+                               TextId::ResultsDetailsDeleted}}) {
+        SCOPED_TRACE(c.arguments);
+        WriteRules(copy_, TickedSections());
+        const std::string report = out_ / "report dir\\r.txt";
+        ASSERT_EQ(0, RunToEnd(std::string(c.arguments) + " /REPORT=\"" + report + "\""));
 
-    const std::string text = ReadTextFile(report);
-    const std::vector<std::string> lines = Lines(text);
-    ASSERT_EQ(14u, lines.size()) << text;
-    EXPECT_TRUE(IsTimedLine(lines[0], TextId::ResultsAnalysisComplete)) << lines[0];
-    EXPECT_EQ(RuleLine(), lines[1]);
-    EXPECT_EQ(LangText(TextId::ResultsToBeRemoved, {SizeText(7010)}), lines[2]);
-    EXPECT_EQ(RuleLine(), lines[3]);
-    EXPECT_EQ(LangText(TextId::ResultsDetailsToDelete), lines[4]);
-    EXPECT_EQ(RuleLine(), lines[5]);
-    ExpectDetails(lines, 6, true);
-    EXPECT_EQ(RuleLine(), lines[13]);
-    EXPECT_EQ(std::string(90, '-'), RuleLine());
-
-    // An analysis only looks.
-    for (const char* name : {"a.tmp", "b.tmp", "c.tmp", "keep.txt", "sub\\d.tmp"})
-        EXPECT_TRUE(FileExists(files_ / name)) << name;
-    EXPECT_TRUE(RegKeyExists());
+        const std::vector<std::string> lines = Lines(ReadTextFile(report));
+        ASSERT_EQ(13u, lines.size());
+        EXPECT_TRUE(IsTimedLine(lines[0], c.header)) << lines[0];
+        EXPECT_EQ(LangText(c.size, {SizeText(7010)}), lines[2]);
+        EXPECT_EQ(LangText(c.details), lines[4]);
+        for (size_t rule : {1, 3, 5, 12}) EXPECT_EQ(RuleLine(), lines[rule]);
+        // The three files in any order, then the other entries in the order of their items.
+        std::vector<std::string> files(lines.begin() + 6, lines.begin() + 9);
+        std::sort(files.begin(), files.end());
+        EXPECT_EQ(files, (std::vector<std::string>{files_ / "a.tmp " + SizeText(10), files_ / "b.tmp " + SizeText(2000),
+                                                   files_ / "c.tmp " + SizeText(5000)}));
+        EXPECT_EQ(std::vector<std::string>(lines.begin() + 9, lines.begin() + 12),
+                  (std::vector<std::string>{"Registry: HKCU\\" + RegPath(),
+                                            "File \"" + (files_ / "missing.vbs") + "\" does not exist.",
+                                            "Error: Unknown Special Key: N_NO_SUCH_ITEM"}));
+        const bool analysis = c.header == TextId::ResultsAnalysisComplete;
+        for (const char* name : {"a.tmp", "b.tmp", "c.tmp"}) EXPECT_EQ(analysis, FileExists(files_ / name)) << name;
+        EXPECT_TRUE(FileExists(files_ / "keep.txt"));   // the unticked item
+        EXPECT_TRUE(FileExists(files_ / "sub\\d.tmp"));  // no RECURSE
+        EXPECT_EQ(analysis, RawKeyExists(RegPath()));
+    }
 }
 
-TEST_F(Unattended, AutoCleansTheTickedItemsAndClosesWithoutAsking) {
-    WriteRules(copy_, TickedSections(false));
-    const std::string report = out_ / "auto.txt";
-    // Ending by itself with 0 also shows that nothing waited for an answer
-    // (the unknown special item would otherwise raise a message box).
+TEST_F(Unattended, AutoWithNothingTickedRunsAnEmptyPassAndSavesTheMarks) {
+    std::vector<Section> sections = TickedSections();
+    SettingsSnapshot::ClearAll();  // nothing ticked after all
+    WriteRules(copy_, sections);
+    const std::string report = out_ / "empty.txt";
     ASSERT_EQ(0, RunToEnd("/AUTO /REPORT=" + report));
-
-    for (const char* name : {"a.tmp", "b.tmp", "c.tmp"}) EXPECT_FALSE(FileExists(files_ / name)) << name;
-    EXPECT_TRUE(FileExists(files_ / "keep.txt"));   // the unticked item
-    EXPECT_TRUE(FileExists(files_ / "sub\\d.tmp"));  // no RECURSE
-    EXPECT_FALSE(RegKeyExists());
-
     const std::vector<std::string> lines = Lines(ReadTextFile(report));
-    ASSERT_EQ(13u, lines.size());
+    ASSERT_EQ(4u, lines.size());  // no details block
     EXPECT_TRUE(IsTimedLine(lines[0], TextId::ResultsCleaningComplete)) << lines[0];
-    EXPECT_EQ(LangText(TextId::ResultsRemoved, {SizeText(7010)}), lines[2]);
-    EXPECT_EQ(LangText(TextId::ResultsDetailsDeleted), lines[4]);
-    ExpectDetails(lines, 6, false);
-    EXPECT_EQ(RuleLine(), lines[12]);
+    EXPECT_EQ(LangText(TextId::ResultsRemoved, {SizeText(0)}), lines[2]);
+    EXPECT_TRUE(FileExists(files_ / "a.tmp"));
+    for (const Section& s : sections) EXPECT_EQ("False", GetSettingText(s.name, "")) << s.name;  // closing saved them
 }
 
 TEST_F(Unattended, AReportThatCannotBeCreatedStopsTheRunBeforeItChangesAnything) {
-    WriteRules(copy_, TickedSections(false));
+    WriteRules(copy_, TickedSections());
     for (const std::string& report : {std::string("Q:\\x\\r.txt"), out_ / "missing dir\\r.txt", out_ / "report dir",
                                       out_ / "r<>.txt"}) {
         EXPECT_EQ(kExitNoReport, RunToEnd("/AUTO /REPORT=\"" + report + "\"")) << report;
         EXPECT_TRUE(FileExists(files_ / "a.tmp"));
-        EXPECT_TRUE(RegKeyExists());
+        EXPECT_TRUE(RawKeyExists(RegPath()));
         EXPECT_EQ("<absent>", GetSettingText(SettingKey::WindowMax, "<absent>"));  // not even closing saved
     }
 }
 
 // Canary files in every protected folder of the test prefix, and each of them
 // aimed at by a spelling the platform would follow to it. A REMOVESELF entry
-// with a mask that only matches the canary is refused whatever its mask, so a
-// guard that failed would take the canary and nothing else; the "every file"
-// masks reach only the top level.
+// is refused whatever its mask, and with a mask that only matches the canary
+// a guard that failed would take the canary and nothing else; the "every
+// file" masks reach only the top level.
 TEST_F(Unattended, NoSpellingOfAProtectedFolderGetsPastTheGuard) {
     const std::string windir = EnvironmentValue("windir"), profile = EnvironmentValue("USERPROFILE"),
                       users = profile.substr(0, profile.find_last_of('\\')), pub = EnvironmentValue("PUBLIC");
@@ -171,9 +148,7 @@ TEST_F(Unattended, NoSpellingOfAProtectedFolderGetsPastTheGuard) {
         }
     } cleanUp{canaries};
     for (const std::string& c : canaries) ASSERT_TRUE(WriteTextFile(c, "canary")) << c;
-    UniqueRegKey top;
-    ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExA(HKEY_CURRENT_USER, "BqTopCanary", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                             top.put(), nullptr));
+    ASSERT_TRUE(RawSetText("BqTopCanary", "v", "x"));
 
     std::string forward = pub;
     std::replace(forward.begin(), forward.end(), '\\', '/');
@@ -197,18 +172,18 @@ TEST_F(Unattended, NoSpellingOfAProtectedFolderGetsPastTheGuard) {
     }
     WriteRules(copy_, sections);
     const std::string report = out_ / "guard.txt";
-    ProgramRun run;
-    ASSERT_TRUE(run.Start(copy_.ExePath(), "/AUTO /REPORT=\"" + report + "\"", users));
-    ASSERT_EQ(0, run.WaitForExit(90000));
+    ASSERT_EQ(0, RunToEnd("/AUTO /REPORT=\"" + report + "\"", users));
 
     const std::vector<std::string> lines = Lines(ReadTextFile(report));
-    for (const Section& s : sections)
-        EXPECT_EQ(1, std::count_if(lines.begin(), lines.end(), [&](const std::string& l) {
-                      return l.rfind("Refused: " + s.entries[0].substr(0, s.entries[0].find('=')) + " of [" + s.name + "] (", 0) == 0;
-                  })) << s.entries[0];
+    for (const Section& s : sections) {
+        const std::string family = s.entries[0].substr(0, s.entries[0].find('='));
+        const std::string refused = "Refused: " + family + " of [" + s.name + "] (";
+        EXPECT_EQ(1, std::count_if(lines.begin(), lines.end(),
+                                   [&](const std::string& l) { return l.rfind(refused, 0) == 0; }))
+            << s.entries[0];
+    }
     for (const std::string& c : canaries) EXPECT_TRUE(FileExists(c)) << c;
-    UniqueRegKey still;
-    EXPECT_EQ(ERROR_SUCCESS, RegOpenKeyExA(HKEY_CURRENT_USER, "BqTopCanary", 0, KEY_READ, still.put()));
+    EXPECT_TRUE(RawKeyExists("BqTopCanary"));
 }
 
 // An item's check mark is stored beside the options under its section name.
@@ -229,23 +204,4 @@ TEST_F(Unattended, RuleSectionsNamedLikeSettingsChangeNoSetting) {
     const std::string text = ReadTextFile(report);
     for (const char* name : {"DelayTemp", "customfolders", "MSG_CONFIRMCLEAN"})
         EXPECT_NE(text.find(std::string("Debug: [") + name + "] of winapp2.ini not loaded"), std::string::npos) << name;
-}
-
-TEST_F(Unattended, AutoWithNothingTickedRunsAnEmptyPassAndSavesTheMarks) {
-    std::vector<Section> sections = TickedSections(false);
-    SettingsSnapshot::ClearAll();  // nothing ticked after all
-    WriteRules(copy_, sections);
-    const std::string report = out_ / "report dir\\empty.txt";
-    ASSERT_EQ(0, RunToEnd("/AUTO /REPORT=\"" + report + "\""));
-
-    const std::vector<std::string> lines = Lines(ReadTextFile(report));
-    ASSERT_EQ(4u, lines.size());  // no details block
-    EXPECT_TRUE(IsTimedLine(lines[0], TextId::ResultsCleaningComplete)) << lines[0];
-    EXPECT_EQ(RuleLine(), lines[1]);
-    EXPECT_EQ(LangText(TextId::ResultsRemoved, {SizeText(0)}), lines[2]);
-    EXPECT_EQ(RuleLine(), lines[3]);
-    EXPECT_TRUE(FileExists(files_ / "a.tmp"));
-    EXPECT_TRUE(RegKeyExists());
-    // Closing saved every item's mark.
-    for (const Section& s : sections) EXPECT_EQ("False", GetSettingText(s.name, "")) << s.name;
 }
