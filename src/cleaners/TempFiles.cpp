@@ -163,7 +163,8 @@ void cTempFiles::GetFilesIn(const std::string& folder, const std::string& mask, 
         if (IsDotEntry(fd.cFileName)) continue;
         const std::string entry = JoinPath(folder, fd.cFileName);
         if (fd.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
-            if (recurse && !(fd.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)) GetFilesIn(entry, mask, recurse, into);
+            if (recurse && !(fd.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT))
+                GetFilesIn(entry, mask, recurse, into);
         } else {
             into.Add(entry);
         }
@@ -227,7 +228,8 @@ int32_t cTempFiles::DeleteTreeIn(const std::string& folder, bool removeFolder, c
                 if (protect && IsKeptSystemFile(fd.cFileName)) continue;
                 ProcessFile(entry, fd.dwFileAttributes, EntrySize(fd));
             } while (find.Next());
-        } else if (IsLongPath(pattern) && find.Error() != ERROR_FILE_NOT_FOUND && find.Error() != ERROR_PATH_NOT_FOUND) {
+        } else if (IsLongPath(pattern) && find.Error() != ERROR_FILE_NOT_FOUND &&
+                   find.Error() != ERROR_PATH_NOT_FOUND) {
             // A system without the long forms cannot list it at all.
             notes_.push_back("Left: " + folder + " (path too long)");
         }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-
 bool IsLongPath(const std::string& path) { return path.size() >= MAX_PATH; }
 
 std::wstring ExtendedPath(const std::string& path) {

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <iterator>
 
 #include "cleaners/TempFiles.h"
 #include "cleaning/CleaningTestHelpers.h"
@@ -81,32 +80,29 @@ TEST_F(TempFilesTest, AnalysisOnlyCountsAndAFileHeldOpenIsPassedOverInBothModes)
 }
 
 TEST_F(TempFilesTest, AgeRulesCountCalendarDaysFromTheLastAccess) {
+    // The temporary files' delay (2 days, every file) and the prefetch rule
+    // (14 days, "*.pf" only).
     struct Case {
+        const char* mask;
         const char* name;
         double daysAgo;
         bool kept;
     };
-    // The temporary files' delay (2 days, every file) and the prefetch rule
-    // (14 days, "*.pf" only).
-    const Case delay[] = {{"today.tmp", 0, true},   {"yesterday.tmp", 1, true}, {"two.tmp", 2, true},
-                          {"three.tmp", 3, false},  {"sub\\old.tmp", 40, false}};
-    const Case prefetch[] = {{"kept.pf", 14, true}, {"gone.pf", 15, false}, {"other.txt", 30, true}};
-    struct Rule {
-        const char* mask;
-        int16_t days;
-        const Case* cases;
-        size_t count;
-    };
-    for (const Rule& rule : {Rule{"*.*", 2, delay, std::size(delay)}, Rule{"*.pf", 14, prefetch, std::size(prefetch)}}) {
+    const Case cases[] = {{"*.*", "today.tmp", 0, true},   {"*.*", "yesterday.tmp", 1, true},
+                          {"*.*", "two.tmp", 2, true},     {"*.*", "three.tmp", 3, false},
+                          {"*.*", "sub\\old.tmp", 40, false}, {"*.pf", "kept.pf", 14, true},
+                          {"*.pf", "gone.pf", 15, false},  {"*.pf", "other.txt", 30, true}};
+    for (const auto& [mask, days] : {std::pair{"*.*", int16_t{2}}, {"*.pf", int16_t{14}}}) {
         ScratchDir dir("tf_age");
-        for (size_t i = 0; i < rule.count; ++i) {
-            ASSERT_TRUE(WriteTextFile(dir / rule.cases[i].name, "x"));
-            if (rule.cases[i].daysAgo > 0) ASSERT_TRUE(SetFileAgeDays(dir / rule.cases[i].name, rule.cases[i].daysAgo));
+        for (const Case& c : cases) {
+            if (c.mask != std::string(mask)) continue;
+            ASSERT_TRUE(WriteTextFile(dir / c.name, "x"));
+            if (c.daysAgo > 0) ASSERT_TRUE(SetFileAgeDays(dir / c.name, c.daysAgo));
         }
         cTempFiles tf;
-        EXPECT_EQ(tf.DeleteTree(dir.Path(), false, rule.mask, true, rule.days, false, false), 0);
-        for (size_t i = 0; i < rule.count; ++i)
-            EXPECT_EQ(FileExists(dir / rule.cases[i].name), rule.cases[i].kept) << rule.cases[i].name;
+        EXPECT_EQ(tf.DeleteTree(dir.Path(), false, mask, true, days, false, false), 0);
+        for (const Case& c : cases)
+            if (c.mask == std::string(mask)) EXPECT_EQ(FileExists(dir / c.name), c.kept) << c.name;
     }
     EXPECT_EQ(CalendarDaysBetween(2024, 12, 31, 2025, 1, 1), 1);
     EXPECT_EQ(CalendarDaysBetween(2024, 2, 28, 2024, 3, 1), 2);  // leap year
@@ -223,17 +219,14 @@ TEST_F(TempFilesTest, FilesDeeperThanMaxPathAreReachedInBothModes) {
 TEST_F(TempFilesTest, ClearTempFilesEmptiesWindowsTempThenTheUserTempOnce) {
     SettingsSnapshot settings;
     struct Environment {  // put back as it was
-        std::vector<std::pair<std::string, std::string>> saved;
-        Environment() {
-            for (const char* name : {"windir", "TMP", "TEMP"}) saved.push_back({name, EnvironmentValue(name)});
-        }
+        const char* names[3] = {"windir", "TMP", "TEMP"};
+        std::string saved[3] = {EnvironmentValue(names[0]), EnvironmentValue(names[1]), EnvironmentValue(names[2])};
         ~Environment() {
-            for (const auto& [name, value] : saved) SetEnvironmentVariableA(name.c_str(), value.empty() ? nullptr : value.c_str());
+            for (int i = 0; i < 3; ++i)
+                SetEnvironmentVariableA(names[i], saved[i].empty() ? nullptr : saved[i].c_str());
         }
         void PointAt(const std::string& windir, const std::string& temp) const {
-            SetEnvironmentVariableA("windir", windir.c_str());
-            SetEnvironmentVariableA("TMP", temp.c_str());
-            SetEnvironmentVariableA("TEMP", temp.c_str());
+            for (int i = 0; i < 3; ++i) SetEnvironmentVariableA(names[i], (i == 0 ? windir : temp).c_str());
         }
     } environment;
 

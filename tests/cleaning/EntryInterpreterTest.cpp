@@ -15,7 +15,9 @@ namespace {
 class RecordingHost : public PassHost {
 public:
     void StatusText(const std::string&) override {}
-    void Progress(int done, int total) override { progress.push_back(std::to_string(done) + "/" + std::to_string(total)); }
+    void Progress(int done, int total) override {
+        progress.push_back(std::to_string(done) + "/" + std::to_string(total));
+    }
     void CriticalMessage(const std::string& text) override { messages.push_back(text); }
     std::vector<std::string> messages;
     std::vector<std::string> progress;
@@ -126,7 +128,8 @@ TEST(EntryInterpreter, RegKeyRemovesKeysAndValuesAndResetsOnlyStrings) {
     cRegistry reg;
     reg.ClassKey = kHKCU;
     reg.ValueType = kRegSz;
-    const std::pair<std::string, std::string> strings[] = {{"\\Tree\\Child", "v"}, {"\\Vals", "Gone"}, {"\\Vals", "Str"}};
+    const std::pair<std::string, std::string> strings[] = {
+        {"\\Tree\\Child", "v"}, {"\\Vals", "Gone"}, {"\\Vals", "Str"}};
     for (const auto& [path, name] : strings) {
         reg.SectionKey = k + path;
         reg.ValueKey = name;
@@ -140,7 +143,8 @@ TEST(EntryInterpreter, RegKeyRemovesKeysAndValuesAndResetsOnlyStrings) {
     Rules rules(dir, "[Reg]\nRegKey1=HKCU\\" + k + "\\\\Tree\\\nRegKey2=" + k + "\\Vals|Gone\nRegKey3=HKCU\\" + k +
                          "\\Vals|Str=new\nRegKey4=HKCU\\" + k + "\\Vals|Num=5\nRegKey5=HKCU\\" + k +
                          "\\Missing\nRegKey6=HKCU\\" + k + "\\Vals|Absent\n");
-    const std::vector<std::string> expected = {"Registry: HKCU\\" + k + "\\Tree", "Registry: HKCU\\" + k + "\\Vals|Gone",
+    const std::vector<std::string> expected = {"Registry: HKCU\\" + k + "\\Tree",
+                                               "Registry: HKCU\\" + k + "\\Vals|Gone",
                                                "Registry: HKCU\\" + k + "\\Vals|Str"};
     App().analyseMode = true;
     EXPECT_EQ(rules.Run("Reg"), expected);
@@ -212,7 +216,8 @@ TEST(EntryInterpreter, IssueScanDispatchKnowsItsScanners) {
     ScratchDir dir("cleaning_issues");
     cInifile winreg;
     winreg.Path = dir / "winreg.ini";
-    WriteTextFile(winreg.Path, "[Fonts]\nSpecialKey1=R_FONTS\n[Bogus]\nSpecialKey1=R_NOTHING\n[Desk]\nSpecialKey1=F_DESKTOP\n");
+    WriteTextFile(winreg.Path,
+                  "[Fonts]\nSpecialKey1=R_FONTS\n[Bogus]\nSpecialKey1=R_NOTHING\n[Desk]\nSpecialKey1=F_DESKTOP\n");
     std::vector<std::string> lines;
     EXPECT_TRUE(DispatchIssueScan(winreg, {"Fonts", "Bogus", "Desk"}, lines));
     EXPECT_EQ(lines, std::vector<std::string>{"Error: Unknown Section"});

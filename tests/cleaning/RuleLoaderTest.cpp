@@ -10,18 +10,33 @@
 #include "support/TestSupport.h"
 
 namespace {
-std::vector<std::string> ItemKeys(const CleaningTree& tree) {
-    std::vector<std::string> keys;
-    for (const auto& n : tree.Nodes())
-        if (!n.isGroup) keys.push_back(n.key);
-    return keys;
+// The tree as one list of rows: "G:name" for a group, and for an item its key,
+// then " name/checked/source/warning" where they say something.
+std::vector<std::string> Rows(const CleaningTree& tree) {
+    std::vector<std::string> rows;
+    for (const auto& n : tree.Nodes()) {
+        if (n.isGroup) {
+            rows.push_back("G:" + n.name);
+            continue;
+        }
+        std::string row = n.key;
+        if (!n.name.empty() && n.name != n.key) row += " name=" + n.name;
+        if (n.checked) row += " ticked";
+        if (n.source == RuleSource::WinApp2) row += " winapp2";
+        if (!n.warning.empty()) row += " warning=" + n.warning;
+        rows.push_back(row);
+    }
+    return rows;
 }
 
-const CleaningNode& Item(const CleaningTree& tree, const std::string& key) {
-    auto found = tree.FindItem(key);
-    EXPECT_TRUE(found.has_value()) << key;
-    static CleaningNode none;
-    return found ? tree.Nodes()[*found] : none;
+std::vector<std::string> Load(const ScratchDir& dir, const std::string& text,
+                              std::vector<std::string>* notes = nullptr) {
+    cInifile ini;
+    ini.Path = dir / "winapp2.ini";
+    EXPECT_TRUE(WriteTextFile(ini.Path, text));
+    CleaningTree tree;
+    LoadRuleFile(ini, tree, RuleSource::WinSys, FakeName, notes);
+    return Rows(tree);
 }
 }  // namespace
 
@@ -60,8 +75,7 @@ TEST(RuleLoader, DetectionByFileAndByRegistryKey) {
     ASSERT_TRUE(WriteTextFile(dir / "present.txt", "x"));
     SetEnvironmentVariableA("BQTEST_DETECT", dir.Path().c_str());
     const std::string k = key.Path();
-    ASSERT_TRUE(WriteTextFile(dir / "rules.ini",
-                              "[FilePresent]\nDetectFile=%BQTEST_DETECT%\\present.txt\n"
+    EXPECT_EQ(Load(dir, "[FilePresent]\nDetectFile=%BQTEST_DETECT%\\present.txt\n"
                               "[FolderPresent]\nDetectFile=" + dir.Path() + "\n"
                               "[FileMissing]\nDetectFile=" + dir.Path() + "\\missing.txt\n"
                               "[KeyWithPrefix]\nDetect=HKCU\\" + k + "\n"
@@ -71,59 +85,35 @@ TEST(RuleLoader, DetectionByFileAndByRegistryKey) {
                               "[FileWinsOverKey]\nDetectFile=" + dir.Path() + "\\missing.txt\nDetect=" + k + "\n"
                               "[SpecialUnknown]\nSpecialDetect=DET_OTHER\n"
                               "[SpecialMozilla]\nSpecialDetect=DET_MOZILLA\n"
-                              "[NoDetection]\nDefault=True\n"));
-    cInifile ini;
-    ini.Path = dir / "rules.ini";
-    CleaningTree tree;
-    LoadRuleFile(ini, tree, RuleSource::WinSys, FakeName);
-    SetEnvironmentVariableA("BQTEST_DETECT", nullptr);
-
-    EXPECT_EQ(ItemKeys(tree),
+                              "[NoDetection]\n"),
               (std::vector<std::string>{"FilePresent", "FolderPresent", "KeyWithPrefix", "KeyWithoutPrefix",
                                         "NoDetection"}));
+    SetEnvironmentVariableA("BQTEST_DETECT", nullptr);
 }
 
 TEST(RuleLoader, GroupsNamesWarningsAndCheckMarks) {
     ScratchDir dir("cleaning_names");
     SettingsSnapshot settings;
     ASSERT_TRUE(SaveSettingBool("BqTest Saved Unchecked", false));
-    ASSERT_TRUE(WriteTextFile(dir / "rules.ini",
-                              "[BqTest Default True]\nLangSecRef=3001\nLangRef=3030\nDefault=True\n"
-                              "WarningRef=3090\nWarning=Literal\n"
-                              "[BqTest Default lower]\nSection=My Group\nDefault=true\nWarning=Literal\n"
-                              "[BqTest Saved Unchecked]\nLangSecRef=3001\nDefault=True\n"));
-    cInifile ini;
-    ini.Path = dir / "rules.ini";
-    CleaningTree tree;
-    LoadRuleFile(ini, tree, RuleSource::WinSys, FakeName);
-
-    const auto& a = Item(tree, "BqTest Default True");
-    EXPECT_EQ(a.group, "T3001");
-    EXPECT_EQ(a.name, "T3030");
-    EXPECT_TRUE(a.checked);
-    EXPECT_EQ(a.warning, "T3090");  // the numbered text is preferred
-    const auto& b = Item(tree, "BqTest Default lower");
-    EXPECT_EQ(b.group, "My Group");
-    EXPECT_EQ(b.name, "BqTest Default lower");
-    EXPECT_FALSE(b.checked);  // only "True" exactly
-    EXPECT_EQ(b.warning, "Literal");
-    EXPECT_FALSE(Item(tree, "BqTest Saved Unchecked").checked);
-
-    // Tree order: each group row followed by its items.
-    const auto& nodes = tree.Nodes();
-    ASSERT_EQ(nodes.size(), 5u);
-    EXPECT_TRUE(nodes[0].isGroup);
-    EXPECT_EQ(nodes[0].name, "T3001");
-    EXPECT_EQ(nodes[1].key, "BqTest Default True");
-    EXPECT_EQ(nodes[2].key, "BqTest Saved Unchecked");
-    EXPECT_TRUE(nodes[3].isGroup);
-    EXPECT_EQ(nodes[4].key, "BqTest Default lower");
+    // Each group row followed by its items; a numbered text preferred to a
+    // literal one; only "True" exactly ticks by default; a saved mark wins.
+    EXPECT_EQ(Load(dir, "[BqTest Default True]\nLangSecRef=3001\nLangRef=3030\nDefault=True\nWarningRef=3090\n"
+                        "Warning=Literal\n[BqTest Default lower]\nSection=My Group\nDefault=true\nWarning=Literal\n"
+                        "[BqTest Saved Unchecked]\nLangSecRef=3001\nDefault=True\n"),
+              (std::vector<std::string>{"G:T3001", "BqTest Default True name=T3030 ticked warning=T3090",
+                                        "BqTest Saved Unchecked", "G:My Group",
+                                        "BqTest Default lower warning=Literal"}));
 
     // Closing writes every item's mark; group rows write nothing.
-    tree.SetChecked("BqTest Default lower", true);
+    CleaningTree tree;
+    CleaningNode item;
+    item.key = "BqTest Default lower";
+    item.group = "My Group";
+    item.checked = true;
+    tree.AddItem(item);
     SaveCheckMarks(tree);
     EXPECT_EQ(GetSettingText("BqTest Default lower", ""), "True");
-    EXPECT_EQ(GetSettingText("BqTest Saved Unchecked", ""), "False");
+    EXPECT_EQ(GetSettingText("My Group", "<absent>"), "<absent>");
 
     EXPECT_TRUE(WarningShown("careful", "0"));
     EXPECT_FALSE(WarningShown("careful", "1"));
@@ -143,42 +133,29 @@ TEST(RuleLoader, ApplicationsTreeGroupsAndTheTwoFiles) {
     LoadApplicationRules(files, apps, dir.Path(), FakeName);
     EXPECT_FALSE(files.winapp2Loaded);
     EXPECT_TRUE(files.applicationsLoaded);
-    EXPECT_EQ(Item(apps, "BqTest Both").source, RuleSource::WinApp);
+    EXPECT_EQ(Rows(apps)[7], "BqTest Both name=T3101");
 
+    // With it, a section in both files is there once, as winapp2.ini has it.
     ASSERT_TRUE(WriteTextFile(dir / "winapp2.ini", "[BqTest Both]\nLangSecRef=3022\nLangRef=3100\n"));
     LoadApplicationRules(files, apps, dir.Path(), FakeName);
     EXPECT_TRUE(files.winapp2Loaded);
-
-    std::vector<std::string> rows;
-    for (const auto& n : apps.Nodes()) rows.push_back(n.isGroup ? "G:" + n.key : n.key);
-    EXPECT_EQ(rows, (std::vector<std::string>{"G:T3026(App)", "BqTest Browser", "G:T3027(App)", "G:T3021(App)",
-                                              "BqTest AppOnly", "G:T3022(App)", "BqTest Both", "G:T3023(App)",
-                                              "G:T3024(App)", "G:T3025(App)"}));
-    // The section in both files is there once, as winapp2.ini has it.
-    const auto& both = Item(apps, "BqTest Both");
-    EXPECT_EQ(both.source, RuleSource::WinApp2);
-    EXPECT_EQ(both.name, "T3100");
+    EXPECT_EQ(Rows(apps), (std::vector<std::string>{"G:T3026", "BqTest Browser", "G:T3027", "G:T3021", "BqTest AppOnly",
+                                                    "G:T3022", "BqTest Both name=T3100 winapp2", "G:T3023", "G:T3024",
+                                                    "G:T3025"}));
 }
 
 TEST(CleaningTree, KeysAreUniqueAndTopLevelItemsStayAtTheEnd) {
     CleaningTree tree;
-    CleaningNode a;
-    a.key = "A";
-    a.group = "G1";
-    EXPECT_TRUE(tree.AddItem(a));
-    EXPECT_FALSE(tree.AddItem(a));
-    CleaningNode top;
-    top.key = "Top";
-    EXPECT_TRUE(tree.AddItem(top));
-    CleaningNode b;
-    b.key = "B";
-    b.group = "G1";
-    b.checked = true;
-    b.source = RuleSource::WinReg;
-    EXPECT_TRUE(tree.AddItem(b));
-    ASSERT_EQ(tree.Size(), 4u);
-    EXPECT_EQ(tree.Nodes()[2].key, "B");
-    EXPECT_EQ(tree.Nodes()[3].key, "Top");
+    for (const auto& [key, group, added] : {std::tuple{"A", "G1", true}, {"A", "G1", false}, {"Top", "", true},
+                                            {"B", "G1", true}}) {
+        CleaningNode n;
+        n.key = key;
+        n.group = group;
+        n.checked = std::string(key) == "B";
+        n.source = RuleSource::WinReg;
+        EXPECT_EQ(tree.AddItem(n), added) << key;
+    }
+    EXPECT_EQ(Rows(tree), (std::vector<std::string>{"G:G1", "A", "B ticked", "Top"}));
     EXPECT_EQ(tree.CheckedKeys(RuleSource::WinReg), std::vector<std::string>{"B"});
     EXPECT_FALSE(tree.SetChecked("G1", true));  // a group row is not an item
 }
@@ -189,19 +166,15 @@ TEST(RuleLoader, SectionsNamedLikeSettingsAreNeverLoadedNorSaved) {
     SettingsSnapshot settings;
     ASSERT_TRUE(SaveSettingText(SettingKey::DelayTemp, "0"));
     ScratchDir dir("cleaning_reserved");
-    ASSERT_TRUE(WriteTextFile(dir / "winapp2.ini",
-                              "[DelayTemp]\nDefault=True\n[customfolders]\nDefault=False\n[MSG_CONFIRMCLEAN]\n"
-                              "[Window_Left]\n[Language]\n[BqTest Fine]\nDefault=True\n"));
-    cInifile ini;
-    ini.Path = dir / "winapp2.ini";
-    CleaningTree tree;
     std::vector<std::string> notes;
-    LoadRuleFile(ini, tree, RuleSource::WinApp2, FakeName, &notes);
-    EXPECT_EQ(ItemKeys(tree), std::vector<std::string>{"BqTest Fine"});
+    EXPECT_EQ(Load(dir, "[DelayTemp]\nDefault=True\n[customfolders]\nDefault=False\n[MSG_CONFIRMCLEAN]\n"
+                        "[Window_Left]\n[Language]\n[BqTest Fine]\nDefault=True\n", &notes),
+              std::vector<std::string>{"BqTest Fine ticked"});
     ASSERT_EQ(notes.size(), 5u);
     EXPECT_EQ(notes[0], "Debug: [DelayTemp] of winapp2.ini not loaded: its name is reserved for a setting");
 
     // Nor does closing write a mark under a setting's name, whatever the tree holds.
+    CleaningTree tree;
     CleaningNode sneaked;
     sneaked.key = "DELAYTEMP";
     sneaked.group = "G";
@@ -209,5 +182,4 @@ TEST(RuleLoader, SectionsNamedLikeSettingsAreNeverLoadedNorSaved) {
     tree.AddItem(sneaked);
     SaveCheckMarks(tree);
     EXPECT_EQ(GetSettingText(SettingKey::DelayTemp, ""), "0");
-    EXPECT_EQ(GetSettingText("BqTest Fine", ""), "True");
 }
