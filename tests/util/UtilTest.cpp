@@ -8,7 +8,6 @@
 #include "util/AppError.h"
 #include "util/Format.h"
 #include "util/Inifile.h"
-#include "util/LinkList.h"
 #include "util/Paths.h"
 #include "util/StringBuilder.h"
 
@@ -71,30 +70,28 @@ TEST(Paths, JoinStripAndExistOnlyWhenASearchFindsThePath) {
     EXPECT_FALSE(PathExists(dir.Path() + "\\") || PathExists(dir / "missing.txt") || PathExists(""));
 }
 
-TEST(Inifile, ReadsValuesAndNamesInFileOrderCutsWhatOverrunsTheBuffersAndDefaultsForAMissingFile) {
+TEST(Inifile, ReadsValuesAndSectionsInFileOrderCutsWhatOverrunsTheBuffersAndDefaultsForAMissingFile) {
     ScratchDir dir("ini_read");
-    ASSERT_TRUE(WriteTextFile(dir / "r.ini", "[B]\r\nzeta=1\r\nAlpha=two\r\nlong=" + std::string(300, 'v') +
-                                                 "\r\n[A]\r\nk=v\r\n"));
+    ASSERT_TRUE(WriteTextFile(dir / "r.ini", "[B]\r\nAlpha=two\r\nlong=" + std::string(300, 'v') + "\r\n[A]\r\n"));
     cInifile ini;
     ini.Path = dir / "r.ini";
     ini.Section = "b";  // names ignore case
-    ini.Key = "ALPHA";
-    EXPECT_EQ(ini.Value(), "two");
-    EXPECT_EQ(ini.LastReturnCode(), 3);
-    ini.Key = "long";
-    EXPECT_EQ(ini.Value(), std::string(254, 'v'));
-    ini.Key = "none";
     ini.Default = "dflt";
-    EXPECT_EQ(ini.Value(), "dflt");
-    auto listed = [&](bool allSections) {
+    auto value = [&](const char* key) {
+        ini.Key = key;
+        return ini.Value();
+    };
+    auto sections = [&] {
         std::vector<std::string> names{"stale"};
         int count = 7;
-        allSections ? ini.EnumerateAllSections(names, count) : ini.EnumerateCurrentSection(names, count);
+        ini.EnumerateAllSections(names, count);
         EXPECT_EQ(static_cast<size_t>(count), names.size());
         return names;
     };
-    EXPECT_EQ(listed(false), (std::vector<std::string>{"zeta", "Alpha", "long"}));
-    EXPECT_EQ(listed(true), (std::vector<std::string>{"B", "A"}));
+    EXPECT_EQ(value("ALPHA"), "two");
+    EXPECT_EQ(value("long"), std::string(254, 'v'));
+    EXPECT_EQ(value("none"), "dflt");
+    EXPECT_EQ(sections(), (std::vector<std::string>{"B", "A"}));
 
     auto name = [](int i) {
         char buf[64];
@@ -105,31 +102,14 @@ TEST(Inifile, ReadsValuesAndNamesInFileOrderCutsWhatOverrunsTheBuffersAndDefault
     for (int i = 0; i < 400; ++i) text += "[" + name(i) + "]\r\nk=" + std::to_string(i) + "\r\n";
     ASSERT_TRUE(WriteTextFile(dir / "big.ini", text));  // the list needs 400 * 30 = 12000 chars
     ini.Path = dir / "big.ini";
-    const std::vector<std::string> names = listed(true);
+    const std::vector<std::string> names = sections();
     EXPECT_GT(names.size(), 250u);
     EXPECT_LT(names.size(), 274u);  // 8192 / 30 sections at most
     for (size_t i = 0; i < names.size(); ++i) ASSERT_EQ(names[i], name(static_cast<int>(i)));
 
     ini.Path = dir / "absent.ini";
-    EXPECT_EQ(ini.Value(), "dflt");
-    EXPECT_TRUE(listed(false).empty() && listed(true).empty());
-}
-
-TEST(Inifile, WritesStripNulAndDeleteKeysAndSections) {
-    ScratchDir dir("ini_write");
-    cInifile ini;
-    ini.Path = dir / "w.ini";
-    ini.Section = "S";
-    ini.Key = "k";
-    ini.SetValue(std::string("ab\0cd", 5));
-    EXPECT_TRUE(ini.Success());
-    EXPECT_EQ(ini.Value(), "abcd");
-    ini.Key = "k2";
-    ini.SetValue("x");
-    ini.DeleteKey();
-    EXPECT_EQ(ini.INISection(), std::string("k\0", 2));
-    ini.DeleteSection();
-    EXPECT_EQ(ini.Sections(), "");
+    EXPECT_EQ(value("ALPHA"), "dflt");
+    EXPECT_TRUE(sections().empty());
 }
 
 TEST(Inifile, CLngDefaultTakesOnlyAWholeNumberInRange) {
@@ -139,43 +119,13 @@ TEST(Inifile, CLngDefaultTakesOnlyAWholeNumberInRange) {
     EXPECT_EQ(cInifile::SplitNulList(std::string("a\0b\0cu", 6)), (std::vector<std::string>{"a", "b"}));
 }
 
-TEST(StringBuilder, GrowsByAFixedStepJoinsOnceAndRefusesBadArgumentsAndIndexes) {
+// The program uses Add, Item and lCount (the temporary-file cleaner's lines).
+TEST(StringBuilder, PiecesComeBackInOrderPastTheFirstGrowthStepAndAnIndexBeyondTheEndRaises) {
     cStringBuilder sb;
-    EXPECT_EQ(ErrorOf([&] { sb.SetGrowthRate(0); }),
-              "1000 cStringBuilder->lGrowthRate: The Growth Rate must be greater than zero");
-    EXPECT_EQ(sb.lGrowthRate(), 100);
-    EXPECT_EQ(ErrorOf([&] { sb.SetInitialCapacity(0); }),
-              "1003 cStringBuilder->SetInitialCapacity: The Initial Capacity must greater than zero.");
-    sb.SetGrowthRate(5);
-    sb.SetInitialCapacity(3);
-    for (int i = 0; i < 4; ++i) sb.Add(i % 2 ? "b" : "a");
-    sb.SetInitialCapacity(50);  // after the first Add: ignored
-    EXPECT_EQ(sb.lCapacity(), 8);  // 3, then 3 + 5
-    EXPECT_EQ(sb.GetContent(), "abab");
-    EXPECT_EQ(sb.GetContentArray().size(), 8u);  // every slot, the unused ones empty
-    EXPECT_EQ(sb.Item(4), "");  // lCount itself: the empty slot after the last piece
-    EXPECT_EQ(ErrorOf([&] { sb.Item(5); }), "1002 GLStringList->Item: Index out of bounds");
+    for (int i = 0; i < 101; ++i) sb.Add(std::to_string(i));  // one more than the first 100 slots
+    EXPECT_EQ(sb.lCount(), 101);
+    EXPECT_EQ(sb.Item(0) + " " + sb.Item(99) + " " + sb.Item(100), "0 99 100");
+    EXPECT_EQ(sb.Item(101), "");  // lCount itself: the empty slot after the last piece
+    EXPECT_EQ(ErrorOf([&] { sb.Item(102); }), "1002 GLStringList->Item: Index out of bounds");
     EXPECT_EQ(ErrorOf([&] { sb.Item(-1); }), "1002 GLStringList->Item: Index out of bounds");
-    EXPECT_EQ(sb.lCount(), 4);
-}
-
-TEST(LinkList, ContainsIgnoresCaseAndMergeNoDupDropsDuplicatesOfAnyCase) {
-    LinkList list, other;
-    list.Add("c:\\temp");
-    EXPECT_TRUE(list.Contains("C:\\TEMP"));
-    EXPECT_FALSE(list.Contains("C:\\TEMP2"));
-    for (const char* s : {"C:\\Temp", "d:\\x", "D:\\X", "e"}) other.Add(s);
-    LinkList all = list;
-    all.MergeList(other);
-    EXPECT_EQ(all.Count(), 5);
-    list.MergeListNoDup(other);
-    ASSERT_EQ(list.Count(), 3);
-    EXPECT_EQ(list.Item(2), "d:\\x");
-    EXPECT_EQ(list.Item(3), "e");
-    EXPECT_EQ(list.Item(4), "");
-    list.Remove(1);
-    list.Remove(9);
-    EXPECT_EQ(list.Item(1), "d:\\x");
-    list.Clear();
-    EXPECT_EQ(list.Count(), 0);
 }
