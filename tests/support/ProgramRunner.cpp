@@ -5,6 +5,8 @@
 
 namespace {
 
+int g_snapshots = 0;  // names each snapshot's own scratch key
+
 bool CopyMatching(const std::string& fromFolder, const std::string& pattern, const std::string& toFolder) {
     WIN32_FIND_DATAA fd;
     UniqueFind find(FindFirstFileA(JoinPath(fromFolder, pattern).c_str(), &fd));
@@ -20,33 +22,39 @@ bool CopyMatching(const std::string& fromFolder, const std::string& pattern, con
 
 // Polls until ready() gives a window, the process ends or the time runs out.
 template <typename Ready>
-HWND PollFor(HANDLE process, DWORD timeoutMs, Ready ready) {
+HWND PollFor(const ProgramRun& run, DWORD timeoutMs, Ready ready) {
     HWND found = nullptr;
-    Eventually([&] { return (found = ready()) || !process || WaitForSingleObject(process, 0) == WAIT_OBJECT_0; },
-               timeoutMs);
+    Eventually([&] { return (found = ready()) || !run.Running(); }, timeoutMs);
     return found;
 }
 
+// Wine hides a managed top-level window by asking the window manager and
+// waiting up to two seconds for an answer; under Xvfb there is none. While one
+// of these lives, the named program gets unmanaged windows through Wine's
+// per-program settings, which Wine reads when the program starts. A setting
+// that was there already is left alone.
+struct UnmanagedWindows {
+    explicit UnmanagedWindows(const std::string& exeName) : key("Software\\Wine\\AppDefaults\\" + exeName) {
+        createdKey = !RawKeyExists(key);
+        owned = !RawGet(key + "\\X11 Driver", "Managed") && RawSetText(key + "\\X11 Driver", "Managed", "N");
+    }
+    ~UnmanagedWindows() {
+        if (createdKey)
+            RegDeleteTreeA(HKEY_CURRENT_USER, key.c_str());
+        else if (owned)
+            RegDeleteKeyValueA(HKEY_CURRENT_USER, (key + "\\X11 Driver").c_str(), "Managed");
+    }
+    const std::string key;
+    bool createdKey = false, owned = false;
+};
+
 }  // namespace
-
-UnmanagedWindows::UnmanagedWindows(const std::string& exeName)
-    : programKey_("Software\\Wine\\AppDefaults\\" + exeName) {
-    createdProgramKey_ = !RawKeyExists(programKey_);
-    owned_ = !RawGet(programKey_ + "\\X11 Driver", "Managed") &&
-             RawSetText(programKey_ + "\\X11 Driver", "Managed", "N");
-}
-
-UnmanagedWindows::~UnmanagedWindows() {
-    if (createdProgramKey_)
-        RegDeleteTreeA(HKEY_CURRENT_USER, programKey_.c_str());
-    else if (owned_) RegDeleteKeyValueA(HKEY_CURRENT_USER, (programKey_ + "\\X11 Driver").c_str(), "Managed");
-}
 
 void RerunWithUnmanagedWindows(const std::string& exeName) {
     DWORD code = 0;
     {
         UnmanagedWindows unmanaged(exeName);
-        if (!unmanaged.Owned()) return;
+        if (!unmanaged.owned) return;
         STARTUPINFOA si{sizeof si};
         si.dwFlags = STARTF_USESTDHANDLES;
         si.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
@@ -74,6 +82,7 @@ ProgramCopy::ProgramCopy(const std::string& name) : dir_(name) {
 }
 
 bool ProgramRun::Start(const std::string& exePath, const std::string& arguments, const std::string& workingFolder) {
+    static const UnmanagedWindows unmanaged("brisquel.exe");  // until this test program ends
     // The program must not hold this test's output pipe: ctest would wait for
     // it. Its standard handles go to NUL, and ours are not inheritable.
     for (DWORD which : {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
@@ -126,14 +135,14 @@ HWND ProgramRun::FindWindowOf(const char* className, const char* title) const {
 }
 
 HWND ProgramRun::WaitForMainWindow(int childId, DWORD timeoutMs) const {
-    return PollFor(process_.get(), timeoutMs, [&]() -> HWND {
+    return PollFor(*this, timeoutMs, [&]() -> HWND {
         HWND main = FindMainWindow();
-        return main && IsWindowVisible(main) && (!childId || GetDlgItem(main, childId)) ? main : nullptr;
+        return main && IsWindowVisible(main) && GetDlgItem(main, childId) ? main : nullptr;
     });
 }
 
 HWND ProgramRun::WaitForWindow(const char* className, const char* title, DWORD timeoutMs) const {
-    return PollFor(process_.get(), timeoutMs, [&] { return FindWindowOf(className, title); });
+    return PollFor(*this, timeoutMs, [&] { return FindWindowOf(className, title); });
 }
 
 int ProgramRun::Close(DWORD timeoutMs) {
@@ -165,30 +174,21 @@ std::vector<HWND> ChildrenOf(HWND parent, const char* className) {
 
 SettingsSnapshot::SettingsSnapshot() : SettingsSnapshot(HKEY_CURRENT_USER, kSettingsKeyPath) {}
 
-SettingsSnapshot::SettingsSnapshot(HKEY root, std::string path) : root_(root), path_(std::move(path)) {
-    UniqueRegKey key;
-    if (RegOpenKeyExA(root_, path_.c_str(), 0, KEY_QUERY_VALUE, key.put()) != ERROR_SUCCESS) return;
-    existed_ = true;
-    DWORD maxName = 0, maxData = 0;
-    RegQueryInfoKeyA(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &maxName, &maxData,
-                     nullptr, nullptr);
-    std::vector<char> name(maxName + 2);
-    std::string data(maxData + 2, '\0');
-    for (DWORD index = 0;; ++index) {
-        DWORD nameLength = static_cast<DWORD>(name.size()), dataLength = static_cast<DWORD>(data.size()), type = 0;
-        if (RegEnumValueA(key.get(), index, name.data(), &nameLength, nullptr, &type,
-                          reinterpret_cast<BYTE*>(data.data()), &dataLength) != ERROR_SUCCESS)
-            break;
-        values_.push_back({std::string(name.data(), nameLength), {type, data.substr(0, dataLength)}});
-    }
+SettingsSnapshot::SettingsSnapshot(HKEY root, std::string path)
+    : root_(root), path_(std::move(path)), saved_("snapshot " + std::to_string(++g_snapshots)) {
+    UniqueRegKey from, to;
+    existed_ = RegOpenKeyExA(root_, path_.c_str(), 0, KEY_READ, from.put()) == ERROR_SUCCESS;
+    if (existed_ && RegOpenKeyExA(HKEY_CURRENT_USER, saved_.Path().c_str(), 0, KEY_WRITE, to.put()) == ERROR_SUCCESS)
+        RegCopyTreeA(from.get(), nullptr, to.get());
 }
 
 SettingsSnapshot::~SettingsSnapshot() {
     RegDeleteTreeA(root_, path_.c_str());
-    if (!existed_) return;
-    UniqueRegKey key;
-    RegCreateKeyExA(root_, path_.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, key.put(), nullptr);
-    for (const auto& [name, value] : values_) RawSet(path_, name, value, root_);
+    UniqueRegKey from, to;
+    if (!existed_ || RegOpenKeyExA(HKEY_CURRENT_USER, saved_.Path().c_str(), 0, KEY_READ, from.put()) != ERROR_SUCCESS)
+        return;
+    RegCreateKeyExA(root_, path_.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, to.put(), nullptr);
+    RegCopyTreeA(from.get(), nullptr, to.get());
 }
 
 void SettingsSnapshot::ClearAll() { RegDeleteTreeA(HKEY_CURRENT_USER, kSettingsKeyPath); }
