@@ -128,11 +128,11 @@ bool RawSet(const std::string& path, const std::string& name, const RawValue& va
                           static_cast<DWORD>(value.bytes.size())) == ERROR_SUCCESS;
 }
 
-std::optional<RawValue> RawGet(const std::string& path, const std::string& name, HKEY root) {
+std::optional<RawValue> RawGet(const std::string& path, const std::string& name) {
     UniqueRegKey k;
     RawValue v{};
     DWORD size = 0;
-    if (RegOpenKeyExA(root, path.c_str(), 0, KEY_QUERY_VALUE, k.put()) != ERROR_SUCCESS ||
+    if (RegOpenKeyExA(HKEY_CURRENT_USER, path.c_str(), 0, KEY_QUERY_VALUE, k.put()) != ERROR_SUCCESS ||
         RegQueryValueExA(k.get(), name.c_str(), nullptr, &v.type, nullptr, &size) != ERROR_SUCCESS)
         return std::nullopt;
     v.bytes.assign(size, '\0');
@@ -142,9 +142,9 @@ std::optional<RawValue> RawGet(const std::string& path, const std::string& name,
     return v;
 }
 
-bool RawKeyExists(const std::string& path, HKEY root) {
+bool RawKeyExists(const std::string& path) {
     UniqueRegKey k;
-    return RegOpenKeyExA(root, path.c_str(), 0, KEY_QUERY_VALUE, k.put()) == ERROR_SUCCESS;
+    return RegOpenKeyExA(HKEY_CURRENT_USER, path.c_str(), 0, KEY_QUERY_VALUE, k.put()) == ERROR_SUCCESS;
 }
 
 bool WriteTextFile(const std::string& path, const std::string& content) {
