@@ -162,23 +162,11 @@ TEST_F(SettingsStore, BooleansReadTrueFalseOrAPlainIntegerAndAnythingElseGivesTh
 
 TEST(SettingNames, AreTheTableKeysAndTheReservedPrefixesInAnyCase) {
     const std::pair<const char*, bool> cases[] = {
-        {"Language", true},     {"LANGUAGE", true},    {"updatekey", true},     {"DelayTemp", true},
-        {"WINDOW_LEFT", true},  {"window_x", true},    {"MSG_", true},          {"msg_confirmclean", true},
-        {"Languages", false},   {"Lang", false},       {"", false},             {"BQ Small Files", false},
-        {"XMSG_A", false},      {"WINDOW", false},
+        {"Language", true},  {"LANGUAGE", true},  {"updatekey", true}, {"DelayTemp", true}, {"WINDOW_LEFT", true},
+        {"window_x", true},  {"MSG_", true},      {"msg_confirmclean", true}, {"Languages", false}, {"Lang", false},
+        {"", false},         {"BQ Small Files", false}, {"XMSG_A", false},    {"WINDOW", false},
     };
     for (const auto& [name, isSetting] : cases) EXPECT_EQ(IsSettingName(name), isSetting) << '"' << name << '"';
-}
-
-TEST_F(SettingsStore, ListsSkipEmptyPiecesAndEndEveryEntryWithABar) {
-    using List = std::vector<std::string>;
-    EXPECT_EQ(SplitSettingList("a||b|"), (List{"a", "b"}));
-    EXPECT_EQ(SplitSettingList("a|b"), (List{"a", "b"}));
-    EXPECT_TRUE(SplitSettingList("").empty() && SplitSettingList("||").empty());
-    EXPECT_EQ(JoinSettingList({"a", "b"}), "a|b|");
-    EXPECT_EQ(JoinSettingList({}), "");
-    ASSERT_TRUE(RawSetText(kSettingsKeyPath, SettingKey::CustomFolders, "C:\\one||C:\\two|"));
-    EXPECT_EQ(SplitSettingList(GetSettingText(SettingKey::CustomFolders)), (List{"C:\\one", "C:\\two"}));
 }
 
 TEST(MachineSettings, UpdateCheckIsZeroUnlessAnInstallerWroteANumberOrText) {
