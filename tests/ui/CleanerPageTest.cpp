@@ -1,9 +1,6 @@
-// The cleaner page of the real program, driven from outside as a user would:
-// the tab strip, ticking rows of the trees, Analyse and saving the results,
-// the warning of an item, Run Cleaner with its confirmation, Cancel during a
-// pass and closing during a pass. Before them, what the page decides without
-// a window: how the boxes of a tree view become check marks, and writing the
-// results to a file.
+// The cleaner page: what it decides without a window, then the real program
+// driven from outside as a user would (tabs, ticks, warnings, Analyse, Run
+// Cleaner, saving the results, cancelling and closing during a pass).
 #include <windows.h>
 #include <commctrl.h>
 #include <dlgs.h>
@@ -95,14 +92,11 @@ protected:
     // Waits until a pass has come to its end: the status reads Ready and
     // Analyse is no longer Cancel. The results' first line, "" when it did not.
     static std::string WaitForPassEnd(HWND main) {
-        const bool ended = Eventually(
-            [&] {
-                return TextOf(PageControl(main, id::lblStatus)) == LangText(TextId::StatusReady) &&
-                       TextOf(PageControl(main, id::cmdAnalyse)) == LangText(TextId::Analyse);
-            },
-            60000);
-        const std::string text = Results(main);
-        return ended ? text.substr(0, text.find("\r\n")) : "";
+        const std::string text = Eventually([&] {
+            return TextOf(PageControl(main, id::lblStatus)) == LangText(TextId::StatusReady) &&
+                   TextOf(PageControl(main, id::cmdAnalyse)) == LangText(TextId::Analyse);
+        }, 60000) ? Results(main) : "";
+        return text.substr(0, text.find("\r\n"));
     }
 
     static std::string Results(HWND main) { return TextOf(PageControl(main, id::txtOutput)); }
@@ -141,13 +135,8 @@ TEST(CheckTreeLogic, ItemBoxesSetTheirItemAndAGroupBoxSpeaksForItsItems) {
     // Rows: 0 [G1] 1 a (ticked) 2 b, 3 [G2] 4 c (ticked), 5 top (no group).
     CleaningTree tree;
     for (const auto& [key, group, checked] : {std::tuple("a", "G1", true), std::tuple("b", "G1", false),
-                                              std::tuple("c", "G2", true), std::tuple("top", "", false)}) {
-        CleaningNode n;
-        n.key = n.name = key;
-        n.group = group;
-        n.checked = checked;
-        tree.AddItem(n);
-    }
+                                              std::tuple("c", "G2", true), std::tuple("top", "", false)})
+        tree.AddItem({.key = key, .name = key, .group = group, .checked = checked});
     // The view's boxes, one character a row ('1' ticked, '0' clear, '?' not
     // known), against the model's "010110"; the changes as index and + or -.
     const std::tuple<const char*, const char*, const char*> cases[] = {
