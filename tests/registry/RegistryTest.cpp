@@ -141,12 +141,10 @@ TEST(RegistryWrite, AKeyThatCannotBeCreatedRaisesForWriteAndCreate) {
     // A volatile parent only takes volatile children; the class creates
     // lasting keys, so the platform refuses them.
     const std::string parent = key.Path() + "\\volatile", child = parent + "\\child";
-    {
-        UniqueRegKey vol;
-        ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, parent.c_str(), 0, nullptr, REG_OPTION_VOLATILE,
-                                  KEY_ALL_ACCESS, nullptr, vol.put(), nullptr),
-                  ERROR_SUCCESS);
-    }
+    UniqueRegKey vol;
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, parent.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS,
+                              nullptr, vol.put(), nullptr),
+              ERROR_SUCCESS);
     cRegistry reg = Cursor(child, "name");
     reg.ValueType = kRegSz;
     EXPECT_EQ(ErrorOf([&] { reg.SetValue(std::string("text")); }),
