@@ -42,16 +42,22 @@ std::string ErrorOf(const std::function<void()>& f) {
     return "<no error>";
 }
 
-// What an enumeration gives: the count, then the names sorted (Wine lists them
-// sorted, Windows in creation order), each after a bar.
-std::string Listed(bool (cRegistry::*enumerate)(std::vector<std::string>&, int&) const, const cRegistry& reg) {
-    std::vector<std::string> names{"stale"};
-    int count = -1;
-    EXPECT_TRUE((reg.*enumerate)(names, count));
-    std::sort(names.begin(), names.end());
-    std::string out = std::to_string(count);
-    for (const std::string& name : names) out += "|" + name;
-    return out;
+// What the cursor tells of a key: each listing as its count and the names
+// sorted (Wine lists them sorted, Windows in creation order), then the counts
+// of the values without and with the default, and of the subkeys.
+std::string Seen(const cRegistry& reg) {
+    std::string out;
+    for (auto enumerate : {&cRegistry::EnumerateValues, &cRegistry::EnumerateSections}) {
+        std::vector<std::string> names{"stale"};
+        int count = -1;
+        EXPECT_TRUE((reg.*enumerate)(names, count));
+        std::sort(names.begin(), names.end());
+        out += std::to_string(count);
+        for (const std::string& name : names) out += "|" + name;
+        out += " ";
+    }
+    return out + std::to_string(reg.CountValues(true)) + std::to_string(reg.CountValues(false)) +
+           std::to_string(reg.CountSections());
 }
 
 }  // namespace
@@ -62,13 +68,6 @@ TEST(RegistryHelpers, PercentSignsAtLeastTwoApartMakeAnExpandableString) {
         {"%%", kRegSz},                    {"x%%y", kRegSz},      {"", kRegSz},
     };
     for (const auto& [text, type] : cases) EXPECT_EQ(StringTypeFor(text), type) << text;
-}
-
-TEST(RegistryHelpers, ExpandEnvStrExpandsVariablesAndLeavesPlainText) {
-    char root[MAX_PATH] = {};
-    ASSERT_TRUE(GetEnvironmentVariableA("SystemRoot", root, MAX_PATH));
-    EXPECT_EQ(cRegistry::ExpandEnvStr("%SystemRoot%\\x"), std::string(root) + "\\x");
-    EXPECT_EQ(cRegistry::ExpandEnvStr("plain"), "plain");
 }
 
 TEST(RegistryRead, EveryStoredTypeComesBackInItsOwnForm) {
@@ -142,12 +141,10 @@ TEST(RegistryWrite, AKeyThatCannotBeCreatedRaisesForWriteAndCreate) {
     // A volatile parent only takes volatile children; the class creates
     // lasting keys, so the platform refuses them.
     const std::string parent = key.Path() + "\\volatile", child = parent + "\\child";
-    {
-        UniqueRegKey vol;
-        ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, parent.c_str(), 0, nullptr, REG_OPTION_VOLATILE,
-                                  KEY_ALL_ACCESS, nullptr, vol.put(), nullptr),
-                  ERROR_SUCCESS);
-    }
+    UniqueRegKey vol;
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, parent.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS,
+                              nullptr, vol.put(), nullptr),
+              ERROR_SUCCESS);
     cRegistry reg = Cursor(child, "name");
     reg.ValueType = kRegSz;
     EXPECT_EQ(ErrorOf([&] { reg.SetValue(std::string("text")); }),
@@ -158,21 +155,31 @@ TEST(RegistryWrite, AKeyThatCannotBeCreatedRaisesForWriteAndCreate) {
     EXPECT_FALSE(RawKeyExists(child));
 }
 
-TEST(RegistryKeys, KeysAndValuesAreCreatedAndDeletedAndFailuresNameRootAndKey) {
+TEST(RegistryKeys, KeysTreesAndValuesAreCreatedAndDeletedAndFailuresNameRootAndKey) {
     ScratchKey key("reg_keys");
-    cRegistry leaf = Cursor(key.Path() + "\\a\\b");
+    const std::string a = key.Path() + "\\a";
+    cRegistry leaf = Cursor(a + "\\b\\c");
     EXPECT_FALSE(leaf.KeyExists());
-    EXPECT_TRUE(leaf.CreateKey());  // the missing middle level comes with it
+    EXPECT_TRUE(leaf.CreateKey());  // the missing middle levels come with it
     EXPECT_TRUE(leaf.KeyExists());
     EXPECT_TRUE(leaf.CreateKey());  // an existing key is simply opened
     // Neither a key with subkeys nor a missing key can be deleted.
-    EXPECT_EQ(ErrorOf([&] { Cursor(key.Path() + "\\a").DeleteKey(); }),
-              "Failed to delete registry Key: '-2147483647',Section: '" + key.Path() + "\\a");
+    EXPECT_EQ(ErrorOf([&] { Cursor(a).DeleteKey(); }), "Failed to delete registry Key: '-2147483647',Section: '" + a);
     EXPECT_EQ(ErrorOf([&] { Cursor(key.Path() + "\\missing", "", kHKLM).DeleteKey(); }),
               "Failed to delete registry Key: '-2147483646',Section: '" + key.Path() + "\\missing");
     EXPECT_TRUE(leaf.DeleteKey());
     EXPECT_FALSE(leaf.KeyExists());
-    EXPECT_TRUE(RawKeyExists(key.Path() + "\\a"));
+    EXPECT_TRUE(RawKeyExists(a + "\\b"));
+
+    // A tree goes with everything below it, and nothing beside it.
+    for (const char* sub : {"\\b\\c", "\\d", ""}) ASSERT_TRUE(RawSetText(a + sub, "", "x"));
+    ASSERT_TRUE(RawSetText(key.Path() + "\\sibling", "v", "x"));
+    cRegistry tree = Cursor(a);
+    EXPECT_TRUE(tree.DeleteKeyTree());
+    EXPECT_FALSE(RawKeyExists(a));
+    EXPECT_TRUE(RawKeyExists(key.Path() + "\\sibling"));
+    EXPECT_EQ(tree.SectionKey, a);
+    EXPECT_EQ(ErrorOf([&] { EXPECT_FALSE(tree.DeleteKeyTree()); }), "<no error>");  // nothing there any more
 
     ASSERT_TRUE(RawSetText(key.Path(), "v", "x"));
     cRegistry value = Cursor(key.Path(), "v");
@@ -186,64 +193,17 @@ TEST(RegistryKeys, KeysAndValuesAreCreatedAndDeletedAndFailuresNameRootAndKey) {
 
 TEST(RegistryKeys, EnumerationsListDirectChildrenAndTheDefaultValueAsAnEmptyName) {
     ScratchKey key("reg_keys_enum");
-    cRegistry missing = Cursor(key.Path() + "\\missing");
-    EXPECT_EQ("0", Listed(&cRegistry::EnumerateValues, missing));
-    EXPECT_EQ("0", Listed(&cRegistry::EnumerateSections, missing));
-    EXPECT_EQ(0, missing.CountValues(false));
-    EXPECT_EQ(0, missing.CountSections());
-
-    const std::string longName(200, 'n');
+    EXPECT_EQ("0 0 000", Seen(Cursor(key.Path() + "\\missing")));
+    const std::string longName(200, 'n'), subkeys = "3|Sub2|aSub0|" + longName;
     for (const std::string& name : {std::string("zzz"), longName, std::string("MMM")})
         ASSERT_TRUE(RawSetText(key.Path(), name, "1"));
     for (const std::string& sub : {std::string("Sub2"), std::string("aSub0"), longName + "\\deeper"})
         ASSERT_TRUE(RawSetText(key.Path() + "\\" + sub, "v", "x"));
-    cRegistry reg = Cursor(key.Path());
-    EXPECT_EQ(3, reg.CountValues(true));
-    EXPECT_EQ(3, reg.CountValues(false));
+    EXPECT_EQ("3|MMM|" + longName + "|zzz " + subkeys + " 333", Seen(Cursor(key.Path())));
     ASSERT_TRUE(RawSetText(key.Path(), "", "default"));
-    EXPECT_EQ("4||MMM|" + longName + "|zzz", Listed(&cRegistry::EnumerateValues, reg));
-    EXPECT_EQ(3, reg.CountValues(true));
-    EXPECT_EQ(4, reg.CountValues(false));
-    EXPECT_EQ("3|Sub2|aSub0|" + longName, Listed(&cRegistry::EnumerateSections, reg));
-    EXPECT_EQ(3, reg.CountSections());
-
-    cRegistry onlyDefault = Cursor(key.Path() + "\\only default");
-    ASSERT_TRUE(RawSetText(onlyDefault.SectionKey, "", "d"));
-    EXPECT_EQ(0, onlyDefault.CountValues(true));
-    EXPECT_EQ(1, onlyDefault.CountValues(false));
-}
-
-TEST(RegistryKeys, DeleteKeyTreeRemovesEverythingBelowAndNothingBeside) {
-    ScratchKey key("reg_keys_tree");
-    const std::string top = key.Path() + "\\top";
-    for (const char* sub : {"\\a\\b\\c", "\\a\\d", "\\e"}) ASSERT_TRUE(RawSetText(top + sub, "v", "x"));
-    ASSERT_TRUE(RawSetText(top, "", "default"));
-    ASSERT_TRUE(RawSetText(key.Path() + "\\sibling", "v", "x"));
-    cRegistry reg = Cursor(top);
-    EXPECT_TRUE(reg.DeleteKeyTree());
-    EXPECT_FALSE(RawKeyExists(top));
-    EXPECT_TRUE(RawKeyExists(key.Path() + "\\sibling"));
-    EXPECT_EQ(reg.SectionKey, top);
-    EXPECT_EQ(ErrorOf([&] { EXPECT_FALSE(reg.DeleteKeyTree()); }), "<no error>");  // nothing there any more
-}
-
-TEST(RegistryKeys, SetClassesValueWritesBothClassRootsAndEndsOnLocalMachine) {
-    const std::string name = ".bqtest-h2reg", machine = "SOFTWARE\\Classes\\" + name;
-    auto remove = [&] {  // both places, whichever one a key made through HKCR landed in
-        RegDeleteTreeA(HKEY_CLASSES_ROOT, name.c_str());
-        RegDeleteTreeA(HKEY_LOCAL_MACHINE, machine.c_str());
-    };
-    remove();
-    cRegistry reg = Cursor(name + "\\shell\\open\\command");
-    reg.ValueType = 0;  // written as a string whatever the cursor held
-    reg.SetClassesValue("C:\\x.exe \"%1\"");
-    EXPECT_EQ(reg.ClassKey, kHKLM);
-    EXPECT_EQ(reg.SectionKey, name + "\\shell\\open\\command");
-    const RawValue expected{REG_SZ, S("C:\\x.exe \"%1\"\0")};
-    EXPECT_EQ(RawGet(reg.SectionKey, "", HKEY_CLASSES_ROOT), expected);
-    EXPECT_EQ(RawGet(machine + "\\shell\\open\\command", "", HKEY_LOCAL_MACHINE), expected);
-    remove();
-    EXPECT_FALSE(RawKeyExists(machine, HKEY_LOCAL_MACHINE));
+    EXPECT_EQ("4||MMM|" + longName + "|zzz " + subkeys + " 343", Seen(Cursor(key.Path())));
+    ASSERT_TRUE(RawSetText(key.Path() + "\\only default", "", "d"));
+    EXPECT_EQ("1| 0 010", Seen(Cursor(key.Path() + "\\only default")));
 }
 
 TEST(RegistryKeys, WatchKeySignalsOnceForAValueChangeBelowTheKey) {

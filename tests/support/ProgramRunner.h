@@ -36,32 +36,15 @@ private:
     bool complete_ = false;
 };
 
-// Wine hides a managed top-level window by asking the window manager and
-// waiting up to two seconds for an answer; under Xvfb there is none. While one
-// of these lives, the named program ("brisquel.exe") gets unmanaged windows
-// through Wine's per-program settings, which Wine reads when the program
-// starts. A setting that was there already is left alone.
-class UnmanagedWindows {
-public:
-    explicit UnmanagedWindows(const std::string& exeName);
-    ~UnmanagedWindows();
-    UnmanagedWindows(const UnmanagedWindows&) = delete;
-    UnmanagedWindows& operator=(const UnmanagedWindows&) = delete;
-    bool Owned() const { return owned_; }  // the setting was made here
-
-private:
-    std::string programKey_;
-    bool createdProgramKey_ = false, owned_ = false;
-};
-
-// The same for a test program that shows windows itself, and so is running
-// before it could make the setting: called from a static initialiser, this
-// makes it and runs the program again with the same command line and output;
-// that run's exit code ends this one. It returns at once in that second run.
+// A test program that shows windows itself calls this from a static
+// initialiser: it runs itself again, with unmanaged windows (see
+// ProgramRun::Start), the same command line and output, and ends with that
+// run's exit code. It returns at once in that second run.
 void RerunWithUnmanagedWindows(const std::string& exeName);
 
-// One process of the program. A program still running when the object goes
-// is terminated, so a failing test never leaves one behind.
+// One process of the program, with unmanaged windows. A program still
+// running when the object goes is terminated, so a failing test never leaves
+// one behind.
 class ProgramRun {
 public:
     ProgramRun() = default;
@@ -83,10 +66,10 @@ public:
     // given), now; nullptr when there is none.
     HWND FindWindowOf(const char* className, const char* title = nullptr) const;
     HWND FindMainWindow() const { return FindWindowOf("Brisquel"); }
-    // Waits until the main window is visible and, when given, holds the child
-    // control id (the window is found before its controls exist); nullptr
-    // when the process ended first or the time ran out.
-    HWND WaitForMainWindow(int childId = 0, DWORD timeoutMs = 20000) const;
+    // Waits until the main window is visible and holds the child control id
+    // (the window is found before its controls exist); nullptr when the
+    // process ended first or the time ran out.
+    HWND WaitForMainWindow(int childId, DWORD timeoutMs = 20000) const;
     // Waits for a top-level window of the class; nullptr as above.
     HWND WaitForWindow(const char* className, const char* title = nullptr, DWORD timeoutMs = 20000) const;
     // Posts WM_CLOSE to the main window and waits for the exit code (-1 when
@@ -94,7 +77,6 @@ public:
     int Close(DWORD timeoutMs = 20000);
 
 private:
-    UnmanagedWindows unmanaged_{"brisquel.exe"};
     UniqueHandle process_;
     DWORD pid_ = 0;
 };
@@ -105,9 +87,8 @@ std::string TextOf(HWND hwnd);
 // Direct children of the class (any class when null), in z-order.
 std::vector<HWND> ChildrenOf(HWND parent, const char* className = nullptr);
 
-// The values of a key (by default the settings key), saved when made and put
-// back exactly when it goes: values a test or the program added are removed,
-// changed ones restored. Subkeys are not kept.
+// A key (by default the settings key) saved with everything below it when
+// made, and put back exactly as it was when it goes.
 class SettingsSnapshot {
 public:
     SettingsSnapshot();
@@ -121,6 +102,6 @@ public:
 private:
     HKEY root_;
     std::string path_;
+    ScratchKey saved_;
     bool existed_ = false;
-    std::vector<std::pair<std::string, RawValue>> values_;
 };

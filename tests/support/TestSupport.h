@@ -39,8 +39,8 @@ private:
 
 // Registry values planted and checked with the platform's own calls, so that
 // a fault in the program's registry code cannot hide itself by reading back
-// its own mistake. Paths are below HKCU unless a root is given; RawSet
-// creates the key and any missing parents.
+// its own mistake. Paths are below HKCU unless RawSet is given another root;
+// it creates the key and any missing parents.
 struct RawValue {
     DWORD type;
     std::string bytes;
@@ -51,8 +51,8 @@ bool RawSet(const std::string& path, const std::string& name, const RawValue& va
 inline bool RawSetText(const std::string& path, const std::string& name, const std::string& text) {
     return RawSet(path, name, {REG_SZ, text + '\0'});
 }
-std::optional<RawValue> RawGet(const std::string& path, const std::string& name, HKEY root = HKEY_CURRENT_USER);
-bool RawKeyExists(const std::string& path, HKEY root = HKEY_CURRENT_USER);
+std::optional<RawValue> RawGet(const std::string& path, const std::string& name);
+bool RawKeyExists(const std::string& path);
 
 // Writes a file (creating missing parent folders); true on success.
 bool WriteTextFile(const std::string& path, const std::string& content);

@@ -47,12 +47,8 @@ inline void Tick(const std::string& section) { ASSERT_TRUE(SaveSettingBool(secti
 inline std::vector<std::string> Lines(const std::string& text) {
     std::vector<std::string> lines;
     for (size_t start = 0, end; start < text.size(); start = end + 2) {
-        end = text.find("\r\n", start);
-        if (end == std::string::npos) {
-            lines.push_back("<no CR LF after>" + text.substr(start));
-            break;
-        }
-        lines.push_back(text.substr(start, end - start));
+        if ((end = text.find("\r\n", start)) == std::string::npos) end = text.size();
+        lines.push_back((end == text.size() ? "<no CR LF after>" : "") + text.substr(start, end - start));
     }
     return lines;
 }

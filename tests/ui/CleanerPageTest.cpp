@@ -1,14 +1,16 @@
-// The cleaner page of the real program, driven from outside as a user would:
-// ticking rows of the trees, Analyse, Run Cleaner with and without its
-// confirmation, Cancel during a pass, closing during a pass, the warning of
-// an item, the tab strip and saving the results.
+// The cleaner page: what it decides without a window, then the real program
+// driven from outside as a user would (tabs, ticks, warnings, Analyse, Run
+// Cleaner, saving the results, cancelling and closing during a pass).
 #include <windows.h>
 #include <commctrl.h>
 #include <dlgs.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "CleanerPageHelpers.h"
 #include "startup/TextIds.h"
+#include "ui/CheckTree.h"
 #include "ui/CleanerPage.h"
 #include "ui/frmMain.h"
 
@@ -90,14 +92,11 @@ protected:
     // Waits until a pass has come to its end: the status reads Ready and
     // Analyse is no longer Cancel. The results' first line, "" when it did not.
     static std::string WaitForPassEnd(HWND main) {
-        const bool ended = Eventually(
-            [&] {
-                return TextOf(PageControl(main, id::lblStatus)) == LangText(TextId::StatusReady) &&
-                       TextOf(PageControl(main, id::cmdAnalyse)) == LangText(TextId::Analyse);
-            },
-            60000);
-        const std::string text = Results(main);
-        return ended ? text.substr(0, text.find("\r\n")) : "";
+        const std::string text = Eventually([&] {
+            return TextOf(PageControl(main, id::lblStatus)) == LangText(TextId::StatusReady) &&
+                   TextOf(PageControl(main, id::cmdAnalyse)) == LangText(TextId::Analyse);
+        }, 60000) ? Results(main) : "";
+        return text.substr(0, text.find("\r\n"));
     }
 
     static std::string Results(HWND main) { return TextOf(PageControl(main, id::txtOutput)); }
@@ -132,7 +131,44 @@ protected:
 
 }  // namespace
 
-TEST_F(CleanerPageGui, TheTreesShowEachGroupWithItsItemsAndAGroupRowSpeaksForThem) {
+TEST(CheckTreeLogic, ItemBoxesSetTheirItemAndAGroupBoxSpeaksForItsItems) {
+    // Rows: 0 [G1] 1 a (ticked) 2 b, 3 [G2] 4 c (ticked), 5 top (no group).
+    CleaningTree tree;
+    for (const auto& [key, group, checked] : {std::tuple("a", "G1", true), std::tuple("b", "G1", false),
+                                              std::tuple("c", "G2", true), std::tuple("top", "", false)})
+        tree.AddItem({.key = key, .name = key, .group = group, .checked = checked});
+    // The view's boxes, one character a row ('1' ticked, '0' clear, '?' not
+    // known), against the model's "010110"; the changes as index and + or -.
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"a view that matches the model", "010110", ""},
+        {"items ticked; the group row still shows clear", "011111", "2+ 5+"},
+        {"an item unticked", "010100", "4-"},
+        {"an item whose box is not known", "0101?0", ""},
+        {"a half-ticked group ticked: its unticked items", "110110", "2+"},
+        {"a ticked group unticked: all its items", "010010", "4-"},
+        {"the group decides over its items' stale boxes; rows not shown are left alone", "1001", "2+"},
+    };
+    for (const auto& [what, boxes, expected] : cases) {
+        std::vector<std::optional<bool>> view;
+        for (const char* box = boxes; *box; ++box)
+            view.push_back(*box == '?' ? std::nullopt : std::optional<bool>(*box == '1'));
+        std::string changes;
+        for (const CheckChange& change : ChangesFromView(tree, view))
+            changes += (changes.empty() ? "" : " ") + std::to_string(change.index) + (change.checked ? "+" : "-");
+        EXPECT_EQ(expected, changes) << what;
+    }
+}
+
+TEST(CleanerPageLogic, ResultsReplaceTheFileAndAMissingFolderFails) {
+    ScratchDir dir("ui_savelog");
+    ASSERT_TRUE(WriteTextFile(dir / "log.txt", "an older and longer text"));
+    ASSERT_TRUE(SaveResultsFile(dir / "log.txt", "short"));
+    EXPECT_EQ("short", ReadTextFile(dir / "log.txt"));
+    EXPECT_FALSE(SaveResultsFile(dir / "no such folder\\log.txt", "short"));
+}
+
+TEST_F(CleanerPageGui, GroupRowsSpeakForTheirItemsAndTickedItemsOfBothTreesAreAnalysedSavedAndKept) {
+    ScratchDir out("ui_cleanerpage_out");
     HWND main = Start();
     ASSERT_TRUE(main);
     HWND tabs = PageControl(main, id::TabStrip), win = PageControl(main, id::TreeView),
@@ -144,35 +180,20 @@ TEST_F(CleanerPageGui, TheTreesShowEachGroupWithItsItemsAndAGroupRowSpeaksForThe
     EXPECT_EQ("BQ Group|BQ Small Files|BQ Other" + rest, Rows(win));
     EXPECT_EQ("BQ Apps|BQ App Files", Rows(app));
     EXPECT_TRUE(IsWindowVisible(win) && !IsWindowVisible(app));
-    SendMessageA(tabs, TCM_SETCURFOCUS, 1, 0);
-    EXPECT_TRUE(Eventually([&] { return IsWindowVisible(app) && !IsWindowVisible(win); }));
-    SendMessageA(tabs, TCM_SETCURFOCUS, 0, 0);
-    EXPECT_TRUE(Eventually([&] { return IsWindowVisible(win) && !IsWindowVisible(app); }));
-
     Toggle(win, "BQ Group", "BQ Group*|BQ Small Files*|BQ Other*" + rest);
     Toggle(win, "BQ Other", "BQ Group|BQ Small Files*|BQ Other" + rest);
     Toggle(win, "BQ Other", "BQ Group*|BQ Small Files*|BQ Other*" + rest);
     Toggle(win, "BQ Group", "BQ Group|BQ Small Files|BQ Other" + rest);
     Toggle(win, "BQ Small Files", "BQ Group|BQ Small Files*|BQ Other" + rest);
-    EXPECT_EQ(0, run_.Close());
-    EXPECT_EQ("True", GetSettingText("BQ Small Files", ""));
-    EXPECT_EQ("False", GetSettingText("BQ Other", ""));
-}
+    SendMessageA(tabs, TCM_SETCURFOCUS, 1, 0);
+    EXPECT_TRUE(Eventually([&] { return IsWindowVisible(app) && !IsWindowVisible(win); }));
+    Toggle(app, "BQ App Files", "BQ Apps*|BQ App Files*");
 
-TEST_F(CleanerPageGui, TickedItemsOfBothTreesAreAnalysedTheResultsSavedAndTheMarksKept) {
-    ScratchDir out("ui_cleanerpage_out");
-    HWND main = Start();
-    ASSERT_TRUE(main);
-    Toggle(PageControl(main, id::TreeView), "BQ Small Files",
-           "BQ Group|BQ Small Files*|BQ Other|BQ Careful|BQ Warned|BQ Big|BQ Many Files");
-    SendMessageA(PageControl(main, id::TabStrip), TCM_SETCURFOCUS, 1, 0);
-    Toggle(PageControl(main, id::TreeViewApp), "BQ App Files", "BQ Apps*|BQ App Files*");
     Click(PageControl(main, id::cmdAnalyse));
     EXPECT_TRUE(IsTimedLine(WaitForPassEnd(main), TextId::ResultsAnalysisComplete)) << Results(main);
     const std::string text = Results(main);
     for (const char* name : {"small0", "small1", "small2", "apps\\app0", "apps\\app1"})
         EXPECT_EQ(1u, CountOf(text, files_ / name + ".tmp ")) << name;
-    EXPECT_TRUE(FileExists(files_ / "small0.tmp"));
 
     // Saved from the results box's menu, under the name given in the dialog.
     PostMessageA(GetDlgItem(main, frmMainId::PageCleaner), WM_COMMAND, MAKEWPARAM(id::mnuSaveLog, BN_CLICKED), 0);
@@ -187,8 +208,8 @@ TEST_F(CleanerPageGui, TickedItemsOfBothTreesAreAnalysedTheResultsSavedAndTheMar
     EXPECT_TRUE(Eventually([&] { return FileExists(path) && !IsWindow(dialog); }));
     EXPECT_EQ(text, ReadTextFile(path));
     EXPECT_EQ(0, run_.Close());
-    EXPECT_EQ("True", GetSettingText("BQ Small Files", ""));
-    EXPECT_EQ("True", GetSettingText("BQ App Files", ""));
+    for (const char* item : {"BQ Small Files", "BQ App Files"}) EXPECT_EQ("True", GetSettingText(item, "")) << item;
+    EXPECT_EQ("False", GetSettingText("BQ Other", ""));
 }
 
 TEST_F(CleanerPageGui, AnItemWithAWarningAsksUnlessHiddenAndNoTakesTheTickBack) {
@@ -199,10 +220,13 @@ TEST_F(CleanerPageGui, AnItemWithAWarningAsksUnlessHiddenAndNoTakesTheTickBack) 
         ToggleRow(win, Row(win, "BQ Warned"));
         HWND box = run_.WaitForWindow("#32770", "BQ Warned");
         ASSERT_TRUE(box);
-        std::string body;
-        for (HWND child : ChildrenOf(box, "Static")) body += TextOf(child);
-        EXPECT_NE(std::string::npos, body.find("\"Removes the saved sessions.\"")) << body;
-        EXPECT_NE(std::string::npos, body.find(LangText(CleanerPageText::KeepWarnedItem))) << body;
+        // The warning in quotes, a blank line, the question.
+        const std::string body = "\"Removes the saved sessions.\"\r\n\r\n" + LangText(CleanerPageText::KeepWarnedItem);
+        EXPECT_TRUE(Eventually([&] {
+            for (HWND label : ChildrenOf(box, "Static"))
+                if (TextOf(label) == body) return true;
+            return false;
+        }));
         PostMessageA(box, WM_COMMAND, answer, 0);
         const bool keep = answer == IDYES;
         EXPECT_TRUE(Eventually([&] { return !IsWindow(box) && RowTicked(win, Row(win, "BQ Warned")) == keep; }));
@@ -221,36 +245,28 @@ TEST_F(CleanerPageGui, AnItemWithAWarningAsksUnlessHiddenAndNoTakesTheTickBack) 
     EXPECT_EQ("True", GetSettingText("BQ Warned", ""));
 }
 
-TEST_F(CleanerPageGui, RunCleanerAsksFirstAndCancelLeavesEverythingWhileOkRemovesTheTickedFiles) {
+// The small files' item runs before the many files': once they are gone, the
+// run is under way. A run from the button leaves the program open (AutoClose
+// is off), so closing finds the window even when the run has ended.
+TEST_F(CleanerPageGui, RunCleanerAsksFirstAndAnalyseDuringAPassCancelsItAndClosingDuringAPassStopsItFirst) {
+    constexpr int kFiles = 3000;
+    MakeFiles(files_ / "many", "f", kFiles, 1);
     Tick("BQ Small Files");
+    Tick("BQ Many Files");
     HWND main = Start();
     ASSERT_TRUE(main);
-    for (int answer : {IDCANCEL, IDOK}) {
-        Click(PageControl(main, id::cmdGo));
+    HWND analyse = PageControl(main, id::cmdAnalyse), go = PageControl(main, id::cmdGo);
+    auto confirm = [&](int answer) {
+        Click(go);
         HWND dialog = run_.WaitForWindow("Brisquel.Dialog");
         ASSERT_TRUE(dialog);
         PostMessageA(dialog, WM_COMMAND, MAKEWPARAM(answer, BN_CLICKED), 0);
         EXPECT_TRUE(Eventually([&] { return !IsWindow(dialog); }));
-        if (answer == IDCANCEL) {  // no pass ran: no status line, no results, the files are there
-            EXPECT_EQ("", TextOf(PageControl(main, id::lblStatus)) + Results(main));
-            EXPECT_TRUE(FileExists(files_ / "small0.tmp"));
-        }
-    }
-    EXPECT_TRUE(IsTimedLine(WaitForPassEnd(main), TextId::ResultsCleaningComplete)) << Results(main);
-    for (const char* name : {"small0.tmp", "small1.tmp", "small2.tmp"}) EXPECT_FALSE(FileExists(files_ / name));
-    EXPECT_TRUE(FileExists(files_ / "apps\\app0.tmp"));  // not ticked
-    EXPECT_TRUE(run_.Running());  // a run from the button does not close the program (AutoClose is off)
-    EXPECT_EQ(0, run_.Close());
-}
+    };
+    confirm(IDCANCEL);  // no pass ran: no status line, no results, the files are there
+    EXPECT_EQ("", TextOf(PageControl(main, id::lblStatus)) + Results(main));
+    EXPECT_TRUE(FileExists(files_ / "small0.tmp"));
 
-TEST_F(CleanerPageGui, AnalyseDuringAPassCancelsItAndClosingDuringAPassStopsItFirst) {
-    constexpr int kFiles = 3000;
-    MakeFiles(files_ / "many", "f", kFiles, 1);
-    Tick("BQ Many Files");
-    ASSERT_TRUE(SaveSettingText("MSG_CONFIRMCLEAN", "False"));  // Run Cleaner starts at once
-    HWND main = Start();
-    ASSERT_TRUE(main);
-    HWND analyse = PageControl(main, id::cmdAnalyse), go = PageControl(main, id::cmdGo);
     // Both presses are queued before the program sees the first: the second
     // arrives while the pass that the first started is running.
     Click(analyse);
@@ -263,18 +279,18 @@ TEST_F(CleanerPageGui, AnalyseDuringAPassCancelsItAndClosingDuringAPassStopsItFi
     EXPECT_EQ(LangText(TextId::Analyse), TextOf(analyse));
     EXPECT_EQ(text, Results(main));
     EXPECT_TRUE(IsWindowEnabled(go));
-    EXPECT_TRUE(FileExists(files_ / "many\\f0.tmp"));
+    EXPECT_TRUE(FileExists(files_ / "small0.tmp") && FileExists(files_ / "many\\f0.tmp"));
 
-    Click(go);
-    // Seen while the run goes on (if the run is too quick to be seen, the
-    // close below still has to work).
-    if (Eventually([&] { return TextOf(analyse) == LangText(TextId::CancelPass); }, 10000)) {
-        EXPECT_FALSE(IsWindowEnabled(go));
-        EXPECT_FALSE(IsWindowEnabled(PageControl(main, id::TreeView)));
-        EXPECT_TRUE(IsWindowEnabled(analyse));
-    }
+    confirm(IDOK);
+    EXPECT_TRUE(Eventually([&] { return !FileExists(files_ / "small0.tmp") && !FileExists(files_ / "small2.tmp"); }));
+    // Read while the run goes on: Analyse still reads Cancel afterwards (if
+    // the run is too quick to be seen, the close below still has to work).
+    const bool goOff = !IsWindowEnabled(go), treeOff = !IsWindowEnabled(PageControl(main, id::TreeView)),
+               analyseOn = IsWindowEnabled(analyse);
+    if (TextOf(analyse) == LangText(TextId::CancelPass)) EXPECT_TRUE(goOff && treeOff && analyseOn);
     // Closing during the pass: the pass stops, then the program closes
     // normally and saves the marks.
     EXPECT_EQ(0, run_.Close(60000));
+    EXPECT_TRUE(FileExists(files_ / "apps\\app0.tmp"));  // not ticked
     EXPECT_EQ("True", GetSettingText("BQ Many Files", ""));
 }

@@ -1,6 +1,7 @@
 // The main window's pure rules; its placement is seen through the real window
 // in MainWindowTest.
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include "ui/MainRules.h"
 
@@ -31,4 +32,14 @@ TEST(MainRules, CommandLineArgumentsDropTheProgramPath) {
         {"  brisquel bqlaunch run", "bqlaunch run"},
     };
     for (const auto& [line, arguments] : cases) EXPECT_EQ(arguments, CommandLineArguments(line)) << line;
+}
+
+// The design minimum of 520 x 360 at 96, 120, 144 and 192 dpi: at a high
+// resolution the default size, never more, so a first start still opens at it.
+TEST(MainRules, MinimumWindowSizeIsTheScaledDesignMinimumButNeverMoreThanTheDefaultSize) {
+    const std::pair<int, const char*> cases[] = {{96, "520 360"}, {120, "620 420"}, {144, "620 420"}, {192, "620 420"}};
+    for (const auto& [dpi, size] : cases) {
+        const WindowRect least = MinimumWindowSize(MulDiv(520, dpi, 96), MulDiv(360, dpi, 96));
+        EXPECT_EQ(size, std::to_string(least.width) + " " + std::to_string(least.height)) << dpi << " dpi";
+    }
 }

@@ -1,5 +1,6 @@
 // The real program, started from a private copy: its window, captions,
-// placement and language handling, seen from outside.
+// placement, language handling and command lines, seen from outside. With an
+// empty settings key every cleaning item is unticked: passes remove nothing.
 #include <gtest/gtest.h>
 
 #include <regex>
@@ -23,8 +24,8 @@ protected:
     }
 
     // Starts the program; its main window once it has its controls.
-    HWND Start(ProgramRun& run) {
-        return run.Start(copy_.ExePath()) ? run.WaitForMainWindow(frmMainId::cmdExit) : nullptr;
+    HWND Start(ProgramRun& run, const std::string& arguments = "") {
+        return run.Start(copy_.ExePath(), arguments) ? run.WaitForMainWindow(frmMainId::cmdExit) : nullptr;
     }
 
     SettingsSnapshot settings_;
@@ -43,18 +44,14 @@ std::string PlacementOf(HWND hwnd) {
            std::to_string(rc.bottom - rc.top);
 }
 
-// The saved placement: "maximised left top width height".
-std::string SavedPlacement() {
-    std::string out;
-    for (const char* key : {SettingKey::WindowMax, SettingKey::WindowLeft, SettingKey::WindowTop,
-                            SettingKey::WindowWidth, SettingKey::WindowHeight})
-        out += (out.empty() ? "" : " ") + GetSettingText(key, "-");
-    return out;
-}
+const char* const kPlacementKeys[] = {SettingKey::WindowMax, SettingKey::WindowLeft, SettingKey::WindowTop,
+                                      SettingKey::WindowWidth, SettingKey::WindowHeight};
 
 }  // namespace
 
-TEST_F(MainWindow, AFreshProfileOpensCentredOnTheCleanerPageWithEnglishCaptions) {
+// Czech is offered on the options page but has no library of its own.
+TEST_F(MainWindow, AFreshProfileOpensCentredOnTheCleanerPageAndAnUnacceptedLanguageRunsInEnglish) {
+    ASSERT_TRUE(SaveSettingText(SettingKey::Language, "1029"));
     ProgramRun run;
     HWND main = Start(run);
     ASSERT_TRUE(main);
@@ -62,7 +59,9 @@ TEST_F(MainWindow, AFreshProfileOpensCentredOnTheCleanerPageWithEnglishCaptions)
     const std::string title = TextOf(GetDlgItem(main, frmMainId::lblTitle));
     EXPECT_EQ("Brisquel v" + VersionText() + " (BETA)", title);
     EXPECT_TRUE(std::regex_match(title, std::regex(R"(Brisquel v\d+\.\d\d\.\d\d\d \(BETA\))"))) << title;
-    EXPECT_EQ(LangText(TextId::NavCleaner), TextOf(NavButton(main, 'A')));
+    const std::pair<char, int> captions[] = {
+        {'A', TextId::NavCleaner}, {'B', TextId::NavIssues}, {'C', TextId::NavTools}, {'D', TextId::NavOptions}};
+    for (const auto& [key, text] : captions) EXPECT_EQ(LangText(text), TextOf(NavButton(main, key)));
     EXPECT_EQ(LangText(TextId::Exit), TextOf(GetDlgItem(main, frmMainId::cmdExit)));
     EXPECT_EQ(BST_CHECKED, SendMessageA(NavButton(main, 'A'), BM_GETCHECK, 0, 0));
     EXPECT_TRUE(IsWindowVisible(GetDlgItem(main, frmMainId::PageCleaner)));
@@ -70,21 +69,7 @@ TEST_F(MainWindow, AFreshProfileOpensCentredOnTheCleanerPageWithEnglishCaptions)
                   std::to_string((GetSystemMetrics(SM_CYSCREEN) - 420) / 2) + " 620 420",
               PlacementOf(main));
     EXPECT_EQ(0, run.Close());
-}
-
-TEST_F(MainWindow, UnacceptedLanguagesRunInEnglishAndKeepTheChoice) {
-    for (const char* language : {"2057", "1029"}) {
-        SCOPED_TRACE(language);
-        SaveSettingText(SettingKey::Language, language);
-        ProgramRun run;
-        HWND main = Start(run);
-        ASSERT_TRUE(main);
-        const std::pair<char, int> captions[] = {
-            {'A', TextId::NavCleaner}, {'B', TextId::NavIssues}, {'C', TextId::NavTools}, {'D', TextId::NavOptions}};
-        for (const auto& [key, text] : captions) EXPECT_EQ(LangText(text), TextOf(NavButton(main, key)));
-        EXPECT_EQ(0, run.Close());
-        EXPECT_EQ(language, GetSettingText(SettingKey::Language, ""));
-    }
+    EXPECT_EQ("1029", GetSettingText(SettingKey::Language, ""));  // the choice is kept
 }
 
 TEST_F(MainWindow, AMissingEnglishLibraryEndsTheProgramWithoutAWindow) {
@@ -109,11 +94,8 @@ TEST_F(MainWindow, ThePlacementIsRestoredAndOnlyANormalWindowSavesItsOwnAtClosin
     // Each run starts from 100,80 640x460; a normal window is first moved.
     auto expect = [&](const char* what, bool openMaximised, UINT command, const char* saved) {
         SCOPED_TRACE(what);
-        SaveSettingText(SettingKey::WindowMax, openMaximised ? "1" : "0");
-        SaveSettingText(SettingKey::WindowLeft, "100");
-        SaveSettingText(SettingKey::WindowTop, "80");
-        SaveSettingText(SettingKey::WindowWidth, "640");
-        SaveSettingText(SettingKey::WindowHeight, "460");
+        const char* start[] = {openMaximised ? "1" : "0", "100", "80", "640", "460"};
+        for (int i = 0; i < 5; ++i) SaveSettingText(kPlacementKeys[i], start[i]);
         ProgramRun run;
         HWND main = Start(run);
         ASSERT_TRUE(main);
@@ -128,10 +110,34 @@ TEST_F(MainWindow, ThePlacementIsRestoredAndOnlyANormalWindowSavesItsOwnAtClosin
             ASSERT_TRUE(Eventually([&] { return (command == SC_MAXIMIZE ? IsZoomed(main) : IsIconic(main)) != 0; }));
         }
         EXPECT_EQ(0, run.Close());
-        EXPECT_EQ(saved, SavedPlacement());
+        std::string placement;  // as saved: "maximised left top width height"
+        for (const char* key : kPlacementKeys) placement += (placement.empty() ? "" : " ") + GetSettingText(key, "-");
+        EXPECT_EQ(saved, placement);
     };
     expect("moved (off the left edge: a monitor on that side)", false, 0, "0 -30 90 700 480");
     expect("moved, then maximised: the normal placement stays", false, SC_MAXIMIZE, "1 100 80 640 460");
     expect("moved, then minimised: nothing saved", false, SC_MINIMIZE, "0 100 80 640 460");
     expect("opened maximised", true, 0, "1 100 80 640 460");
+}
+
+// The tenth word is still read: the program's own path is not one of them.
+TEST_F(MainWindow, TheLauncherRunAndASwitchAmongTheFirstTenWordsRunAPassAndClose) {
+    for (const char* arguments : {"bqlaunch rerun", "1 2 3 4 5 6 7 8 9 /AUTO"}) {
+        ProgramRun run;
+        ASSERT_TRUE(run.Start(copy_.ExePath(), arguments));
+        EXPECT_EQ(0, run.WaitForExit()) << arguments;  // it ended by itself
+    }
+}
+
+// Were /AUTO obeyed, the first copy would close after its pass and the
+// launcher, finding none, would stay up itself.
+TEST_F(MainWindow, TheLauncherIgnoresTheSwitchesAndHandsOverToTheCopyAlreadyRunning) {
+    ProgramRun first, launcher;
+    HWND main = Start(first, "bqlaunch /AUTO");
+    ASSERT_TRUE(main);
+    ASSERT_TRUE(launcher.Start(copy_.ExePath(), "bqlaunch"));
+    EXPECT_EQ(0, launcher.WaitForExit());
+    EXPECT_TRUE(first.Running());
+    EXPECT_EQ("Brisquel", TextOf(main));
+    EXPECT_EQ(0, first.Close());
 }

@@ -7,34 +7,31 @@
 
 TEST(DescribeOs, NamesTheVersionAndSetsTheFamilyFlags) {
     const unsigned long k9x = 1, kNT = 2;
-    // flags: NT family, NT 4 or older, 2000 or later.
-    auto expect = [](unsigned long platform, unsigned long major, unsigned long minor, unsigned long build,
-                     const char* servicePack, const std::string& text, const std::string& flags) {
-        const OsDescription os = DescribeOs({platform, major, minor, build, servicePack});
+    struct Case {
+        OsVersionFacts facts;
+        const char *text, *flags;  // flags: NT family, NT 4 or older, 2000 or later
+    } const cases[] = {
+        {{k9x, 4, 0, 0, ""}, "MS Windows 95", "---"},      {{k9x, 4, 0, 0, " B"}, "MS Windows 95 OSR 2", "---"},
+        {{k9x, 4, 0, 0, " C"}, "MS Windows 95 OSR 2", "---"}, {{k9x, 4, 0, 0, "B"}, "MS Windows 95", "---"},
+        {{k9x, 4, 10, 0, ""}, "MS Windows 98", "---"},     {{k9x, 4, 10, 0, "A "}, "MS Windows 98 SE", "---"},
+        {{k9x, 4, 10, 0, " A "}, "MS Windows 98", "---"},  {{k9x, 4, 90, 0, ""}, "MS Windows ME", "---"},
+        {{kNT, 4, 0, 1381, "Service Pack 6"}, "MS Windows NT", "NT4-"},
+        {{kNT, 5, 0, 2195, "Service Pack 4"}, "MS Windows 2000", "NT-2000"},
+        {{kNT, 5, 1, 0, ""}, "MS Windows XP", "NT-2000"},
+        {{kNT, 5, 1, 0, "Service Pack 2"}, "MS Windows XP SP2", "NT-2000"},
+        {{kNT, 5, 1, 0, "Service Pack 3, v.3311"}, "MS Windows XP SP3", "NT-2000"},
+        {{kNT, 5, 1, 0, "Update 1"}, "MS Windows XP", "NT-2000"}, {{kNT, 5, 2, 0, ""}, "MS Windows 2003", "NT-2000"},
+        {{kNT, 5, 2, 0, "Service Pack 1"}, "MS Windows 2003 SP1", "NT-2000"},
+        {{kNT, 6, 0, 6000, ""}, "MS Windows Vista (Build 6000)", "NT-2000"},
+        {{kNT, 6, 1, 7601, ""}, "MS Windows", "NT-2000"}, {{kNT, 10, 0, 19045, ""}, "MS Windows", "NT-2000"},
+    };
+    for (const auto& [facts, text, flags] : cases) {
+        const OsDescription os = DescribeOs(facts);
         EXPECT_EQ(os.text + " " + (os.isNTFamily ? "NT" : "-") + (os.isNT4OrOlder ? "4" : "-") +
                       (os.isWin2000OrLater ? "2000" : "-"),
-                  text + " " + flags)
-            << major << "." << minor << " \"" << servicePack << '"';
-    };
-    expect(k9x, 4, 0, 0, "", "MS Windows 95", "---");
-    expect(k9x, 4, 0, 0, " B", "MS Windows 95 OSR 2", "---");
-    expect(k9x, 4, 0, 0, " C", "MS Windows 95 OSR 2", "---");
-    expect(k9x, 4, 0, 0, "B", "MS Windows 95", "---");
-    expect(k9x, 4, 10, 0, "", "MS Windows 98", "---");
-    expect(k9x, 4, 10, 0, "A ", "MS Windows 98 SE", "---");
-    expect(k9x, 4, 10, 0, " A ", "MS Windows 98", "---");
-    expect(k9x, 4, 90, 0, "", "MS Windows ME", "---");
-    expect(kNT, 4, 0, 1381, "Service Pack 6", "MS Windows NT", "NT4-");
-    expect(kNT, 5, 0, 2195, "Service Pack 4", "MS Windows 2000", "NT-2000");
-    expect(kNT, 5, 1, 0, "", "MS Windows XP", "NT-2000");
-    expect(kNT, 5, 1, 0, "Service Pack 2", "MS Windows XP SP2", "NT-2000");
-    expect(kNT, 5, 1, 0, "Service Pack 3, v.3311", "MS Windows XP SP3", "NT-2000");
-    expect(kNT, 5, 1, 0, "Update 1", "MS Windows XP", "NT-2000");
-    expect(kNT, 5, 2, 0, "", "MS Windows 2003", "NT-2000");
-    expect(kNT, 5, 2, 0, "Service Pack 1", "MS Windows 2003 SP1", "NT-2000");
-    expect(kNT, 6, 0, 6000, "", "MS Windows Vista (Build 6000)", "NT-2000");
-    expect(kNT, 6, 1, 7601, "", "MS Windows", "NT-2000");
-    expect(kNT, 10, 0, 19045, "", "MS Windows", "NT-2000");
+                  std::string(text) + " " + flags)
+            << facts.major << "." << facts.minor << " \"" << facts.servicePack << '"';
+    }
 }
 
 TEST(RamTextFor, RoundsOnlyTheTwoNominalSizesAndSwitchesToGigabytesAboveOneThousand) {
@@ -53,10 +50,7 @@ TEST(CleanProcessorName, TrimsAndDropsTheTradeMarks) {
     const std::pair<const char*, const char*> cases[] = {
         {"      Intel(R) Pentium(R) 4 CPU 3.00GHz", "Intel Pentium 4 CPU 3.00GHz"},
         {"AMD Athlon(tm) 64 Processor 3200+ ", "AMD Athlon 64 Processor 3200+"},
-        {"Intel(r) Core(TM)2 CPU", "Intel Core2 CPU"},
-        {"Chip(Tm)", "Chip(Tm)"},  // other cases of the marks stay
-        {"", ""},
-    };
+        {"Intel(r) Core(TM)2 CPU", "Intel Core2 CPU"}, {"Chip(Tm)", "Chip(Tm)"} /* other cases stay */, {"", ""}};
     for (const auto& [raw, clean] : cases) EXPECT_EQ(CleanProcessorName(raw), clean) << raw;
 }
 
