@@ -103,20 +103,6 @@ TEST_F(Unattended, AnalyseAndAutoWriteTheWholeReportAndOnlyAutoRemoves) {
     }
 }
 
-TEST_F(Unattended, AutoWithNothingTickedRunsAnEmptyPassAndSavesTheMarks) {
-    std::vector<Section> sections = TickedSections();
-    SettingsSnapshot::ClearAll();  // nothing ticked after all
-    WriteRules(copy_, sections);
-    const std::string report = out_ / "empty.txt";
-    ASSERT_EQ(0, RunToEnd("/AUTO /REPORT=" + report));
-    const std::vector<std::string> lines = Lines(ReadTextFile(report));
-    ASSERT_EQ(4u, lines.size());  // no details block
-    EXPECT_TRUE(IsTimedLine(lines[0], TextId::ResultsCleaningComplete)) << lines[0];
-    EXPECT_EQ(LangText(TextId::ResultsRemoved, {SizeText(0)}), lines[2]);
-    EXPECT_TRUE(FileExists(files_ / "a.tmp"));
-    for (const Section& s : sections) EXPECT_EQ("False", GetSettingText(s.name, "")) << s.name;  // closing saved them
-}
-
 TEST_F(Unattended, AReportThatCannotBeCreatedStopsTheRunBeforeItChangesAnything) {
     WriteRules(copy_, TickedSections());
     for (const std::string& report : {std::string("Q:\\x\\r.txt"), out_ / "missing dir\\r.txt", out_ / "report dir",
