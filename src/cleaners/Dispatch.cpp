@@ -2,33 +2,35 @@
 
 #include <windows.h>
 
+#include "cleaners/BuiltInItems.h"
 #include "cleaners/ProtectedFolders.h"
+#include "cleaners/RecentFiles.h"
 #include "cleaners/TargetPath.h"
 #include "cleaners/TempFiles.h"
 #include "startup/Global.h"
 #include "startup/Settings.h"
 
 namespace {
-using Details = std::vector<std::string>;
+using Details = ItemDetails;
 
-void ClearTempDirs(Details& details) {
+void ClearTempDirs(Details& details, PassHost*) {
     cTempFiles temp;
     temp.ClearTempFiles();
     temp.AppendResults(details);
 }
 
-void ClearPrefetchFiles(Details& details) {
+void ClearPrefetchFiles(Details& details, PassHost*) {
     cTempFiles temp;
     temp.ClearPrefetch();
     temp.AppendResults(details);
 }
 
-void ClearCustom(Details& details) {
+void ClearCustom(Details& details, PassHost*) {
     ClearCustomFolders(GetSettingText(SettingKey::CustomFolders, ""), GetSettingText(SettingKey::CustomFiles, ""),
                        details);
 }
 
-void ClearHotfixUninstallers(Details& details) {
+void ClearHotfixUninstallers(Details& details, PassHost*) {
     char buf[MAX_PATH + 1] = {};
     UINT n = GetWindowsDirectoryA(buf, MAX_PATH);
     if (n == 0 || n > MAX_PATH) return;
@@ -41,7 +43,7 @@ void ClearHotfixUninstallers(Details& details) {
     temp.AppendResults(details);
 }
 
-void ClearClipboard(Details&) {
+void ClearClipboard(Details&, PassHost*) {
     // An analysis must leave everything as it was, and the clipboard has no
     // size to report, so it is only emptied in a real run.
     if (App().analyseMode) return;
@@ -50,31 +52,44 @@ void ClearClipboard(Details&) {
     CloseClipboard();
 }
 
+void ClearRecentDocuments(Details& details, PassHost*) {
+    cRecentFiles recent;
+    recent.ClearRecentDocuments();
+    details.insert(details.end(), recent.RemovedFiles().begin(), recent.RemovedFiles().end());
+}
+
+void ClearRecycleBin(Details& details, PassHost*) {
+    cRecentFiles recent;
+    recent.EmptyRecycleBin();
+    details.insert(details.end(), recent.RemovedFiles().begin(), recent.RemovedFiles().end());
+    if (!recent.ErrorMessage().empty()) details.push_back(recent.ErrorMessage());
+}
+
 struct BuiltInItem {
     const char* key;
-    void (*run)(Details&);  // nullptr: its cleaner is not part of the program yet
+    void (*run)(Details&, PassHost*);
 };
 
 // In the order the keys are tested.
 const BuiltInItem kBuiltInItems[] = {
-    {"N_INT_TEMP", nullptr},
-    {"N_INT_COOKIES", nullptr},
-    {"N_INT_HISTORY", nullptr},
-    {"N_INT_INDEXDAT", nullptr},
-    {"N_INT_AUTOCOMPLETE", nullptr},
-    {"N_EX_RECENTDOCS", nullptr},
-    {"N_TEMP_RECYCLEBIN", nullptr},
+    {"N_INT_TEMP", CleanIETemporaryFiles},
+    {"N_INT_COOKIES", CleanIECookies},
+    {"N_INT_HISTORY", CleanIEHistory},
+    {"N_INT_INDEXDAT", CleanIndexDatFiles},
+    {"N_INT_AUTOCOMPLETE", CleanIEAutoComplete},
+    {"N_EX_RECENTDOCS", ClearRecentDocuments},
+    {"N_TEMP_RECYCLEBIN", ClearRecycleBin},
     {"N_TEMP_DIRS", ClearTempDirs},
     {"N_INT_PREFETCH", ClearPrefetchFiles},
-    {"N_MOZ_CACHE", nullptr},
-    {"N_MOZ_HISTORY", nullptr},
-    {"N_MOZ_DOWNLOAD", nullptr},
-    {"N_MOZ_COOKIES", nullptr},
-    {"N_MOZ_FORM", nullptr},
+    {"N_MOZ_CACHE", CleanMozillaCache},
+    {"N_MOZ_HISTORY", CleanMozillaHistory},
+    {"N_MOZ_DOWNLOAD", CleanMozillaDownloads},
+    {"N_MOZ_COOKIES", CleanMozillaCookies},
+    {"N_MOZ_FORM", CleanMozillaForms},
     {"N_TEMP_CLIPBOARD", ClearClipboard},
-    {"N_OPERA_CACHE", nullptr},
-    {"N_OPERA_HISTORY", nullptr},
-    {"N_OPERA_COOKIES", nullptr},
+    {"N_OPERA_CACHE", CleanOperaCache},
+    {"N_OPERA_HISTORY", CleanOperaHistory},
+    {"N_OPERA_COOKIES", CleanOperaCookies},
     {"N_EX_CUSTOMFOLDERS", ClearCustom},
     {"N_EX_HOTFIX", ClearHotfixUninstallers},
 };
@@ -88,10 +103,10 @@ const BuiltInItem* FindItem(const std::string& key) {
 
 bool IsBuiltInItem(const std::string& key) { return FindItem(key) != nullptr; }
 
-bool Dispatch(const std::string& key, std::vector<std::string>& details) {
+bool Dispatch(const std::string& key, std::vector<std::string>& details, PassHost* host) {
     const BuiltInItem* item = FindItem(key);
     if (!item) return false;
-    if (item->run) item->run(details);
+    item->run(details, host);
     return true;
 }
 

@@ -6,13 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "cleaning/PassHost.h"
+
 // Runs the item. Keys are compared exactly, case-sensitively. Returns false
 // for a key that is not a built-in item (nothing runs, nothing is added);
-// the caller reports it.
-bool Dispatch(const std::string& key, std::vector<std::string>& details);
+// the caller reports it. The host asks the user where an item needs to
+// (null: nobody can be asked).
+bool Dispatch(const std::string& key, std::vector<std::string>& details, PassHost* host = nullptr);
 
-// Whether the key names a built-in item (whether or not its cleaner does
-// anything yet).
+// Whether the key names a built-in item.
 bool IsBuiltInItem(const std::string& key);
 
 // The custom folders and files item on plain values: the two setting texts

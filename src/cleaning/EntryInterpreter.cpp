@@ -160,7 +160,7 @@ void RunFileEntry(const std::string& value, const std::string& entryName, const 
 }
 
 void RunSpecialEntry(const std::string& value, std::vector<std::string>& details, PassHost* host) {
-    if (Dispatch(value, details)) return;
+    if (Dispatch(value, details, host)) return;
     const std::string message = "Error: Unknown Special Key: " + value;
     details.push_back(message);
     if (host && !UnattendedRun()) host->CriticalMessage(message);

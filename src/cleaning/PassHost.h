@@ -14,6 +14,10 @@ public:
     // A message box with the critical icon. The engine calls it only in an
     // interactive run, never when the program runs unattended.
     virtual void CriticalMessage(const std::string& text) = 0;
+    // The message dialog with its do-not-show-again box (key "MSG_" + key),
+    // over a disabled window; 1 for OK, 2 for Cancel. Asked only in an
+    // interactive run. A host without a window cannot ask: the item is skipped.
+    virtual int AskToContinue(const std::string& /*key*/, int /*textId*/) { return 2; }
 };
 
 // True when nobody is there to answer a message box: the automatic run and

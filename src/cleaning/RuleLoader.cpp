@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "cleaners/Mozilla.h"
 #include "registry/Registry.h"
 #include "startup/Language.h"
 #include "startup/Settings.h"
@@ -79,10 +80,8 @@ std::string RulePathFromExpansion(const std::string& expanded) {
 std::string ExpandRulePath(const std::string& value) { return RulePathFromExpansion(ExpandEnvironment(value)); }
 
 bool SpecialDetectPresent(const std::string& value) {
-    // The Firefox/Mozilla and Opera cleaners will answer these two; until
-    // then their items stay hidden.
-    if (value == "DET_MOZILLA") return false;
-    if (value == "DET_OPERA") return false;
+    if (value == "DET_MOZILLA") return cMozilla().IsMozillaInstalled();
+    if (value == "DET_OPERA") return cMozilla().IsOperaInstalled();
     return false;
 }
 

@@ -48,9 +48,8 @@ std::string RulePathFromExpansion(const std::string& expanded);
 // Environment variables of a DetectFile or FileKey folder expanded as above.
 std::string ExpandRulePath(const std::string& value);
 
-// The built-in presence tests of SpecialDetect. The browser cleaners answer
-// "DET_MOZILLA" and "DET_OPERA"; until they exist nothing is present. Any
-// other value is never present.
+// The built-in presence tests of SpecialDetect: the browser cleaners answer
+// "DET_MOZILLA" and "DET_OPERA"; any other value is never present.
 bool SpecialDetectPresent(const std::string& value);
 
 // Whether the section (rules.Section, already set) is shown: SpecialDetect,

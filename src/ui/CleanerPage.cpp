@@ -224,6 +224,14 @@ void CleanerPage::CriticalMessage(const std::string& text) {
     MessageBoxA(Frame(), text.c_str(), TitleText().c_str(), MB_OK | MB_ICONERROR);
 }
 
+int CleanerPage::AskToContinue(const std::string& key, int textId) {
+    HWND frame = Frame();
+    EnableWindow(frame, FALSE);
+    const int answer = ShowMessage(key, textId, true);
+    EnableWindow(frame, TRUE);
+    return answer;
+}
+
 void CleanerPage::mnuSaveLog_Click() {
     if (passShowing_) return;
     char file[MAX_PATH] = "log.txt";

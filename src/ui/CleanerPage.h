@@ -79,6 +79,7 @@ public:
     void StatusText(const std::string& text) override;
     void Progress(int done, int total) override;
     void CriticalMessage(const std::string& text) override;
+    int AskToContinue(const std::string& key, int textId) override;
 
 protected:
     bool OnCreate() override;

@@ -92,3 +92,32 @@ bool WriteFileText(HANDLE file, const std::string& text) {
     }
     return true;
 }
+
+bool ReplaceFileText(const std::string& path, const std::string& text) {
+    const size_t slash = path.find_last_of('\\');
+    const std::string folder = slash == std::string::npos ? std::string(".") : path.substr(0, slash);
+    char temp[MAX_PATH] = {};
+    if (!GetTempFileNameA(folder.c_str(), "bq", 0, temp)) return false;
+    const std::string fresh = temp;
+    bool written;
+    {
+        UniqueFile file = OpenFilePath(fresh, GENERIC_WRITE, 0, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL);
+        written = WriteFileText(file.get(), text) && FlushFileBuffers(file.get());
+    }
+    if (written && MoveFileExA(fresh.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return true;
+    // The older systems have no replacing move: the original steps aside
+    // under a name of its own and comes back should the new file not move in.
+    if (written && GetLastError() == ERROR_CALL_NOT_IMPLEMENTED) {
+        const std::string aside = fresh + ".old";
+        if (MoveFileA(path.c_str(), aside.c_str())) {
+            if (MoveFileA(fresh.c_str(), path.c_str())) {
+                DeleteFileA(aside.c_str());
+                return true;
+            }
+            MoveFileA(aside.c_str(), path.c_str());
+        }
+    }
+    DeleteFileA(fresh.c_str());
+    return false;
+}

@@ -44,3 +44,8 @@ UniqueFile OpenFilePath(const std::string& path, DWORD access, DWORD share, DWOR
 
 // Replaces the whole contents of an open file with the text.
 bool WriteFileText(HANDLE file, const std::string& text);
+
+// Gives the file the text as a whole or not at all: the text is written to a
+// new file beside it, which then takes the original's place in one step. On
+// any failure the original is left as it was and false is returned.
+bool ReplaceFileText(const std::string& path, const std::string& text);

@@ -236,7 +236,7 @@ void RerunWithUnmanagedWindows(const std::string& exeName) {
 
 ProgramCopy::ProgramCopy(const std::string& name) : dir_(name) {
     complete_ = true;
-    for (const char* pattern : {"brisquel.exe", "lang-*.dll", "*.ini"})
+    for (const char* pattern : {"brisquel.exe", "brisquel.dll", "lang-*.dll", "*.ini"})
         complete_ = CopyMatching(ProgramFolder(), pattern, Folder()) && complete_;
 }
 

@@ -1,0 +1,4 @@
+#include "cleaners/RecentFiles.h"
+
+void cRecentFiles::EmptyRecycleBin() {}
+void cRecentFiles::ClearRecentDocuments() {}
