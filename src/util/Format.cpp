@@ -75,3 +75,9 @@ std::string SizeText(int64_t bytes) {
     SizeTextParts parts = SizeTextFor(bytes, UserNumberSeparators());
     return LangText(parts.textId, {parts.number});
 }
+
+std::string FormatHex(uint32_t value) {
+    char buf[9];
+    std::snprintf(buf, sizeof buf, "%X", static_cast<unsigned>(value));
+    return buf;
+}

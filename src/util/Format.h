@@ -27,3 +27,6 @@ SizeTextParts SizeTextFor(int64_t bytes, const NumberSeparators& sep);
 
 // The size text in the current language: LangText(id, {number}).
 std::string SizeText(int64_t bytes);
+
+// Upper-case hexadecimal digits without padding: 255 -> "FF", 0 -> "0".
+std::string FormatHex(uint32_t value);

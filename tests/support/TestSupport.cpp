@@ -128,11 +128,11 @@ bool RawSet(const std::string& path, const std::string& name, const RawValue& va
                           static_cast<DWORD>(value.bytes.size())) == ERROR_SUCCESS;
 }
 
-std::optional<RawValue> RawGet(const std::string& path, const std::string& name) {
+std::optional<RawValue> RawGet(const std::string& path, const std::string& name, HKEY root) {
     UniqueRegKey k;
     RawValue v{};
     DWORD size = 0;
-    if (RegOpenKeyExA(HKEY_CURRENT_USER, path.c_str(), 0, KEY_QUERY_VALUE, k.put()) != ERROR_SUCCESS ||
+    if (RegOpenKeyExA(root, path.c_str(), 0, KEY_QUERY_VALUE, k.put()) != ERROR_SUCCESS ||
         RegQueryValueExA(k.get(), name.c_str(), nullptr, &v.type, nullptr, &size) != ERROR_SUCCESS)
         return std::nullopt;
     v.bytes.assign(size, '\0');

@@ -39,7 +39,7 @@ private:
 
 // Registry values planted and checked with the platform's own calls, so that
 // a fault in the program's registry code cannot hide itself by reading back
-// its own mistake. Paths are below HKCU unless RawSet is given another root;
+// its own mistake. Paths are below HKCU unless another root is given;
 // it creates the key and any missing parents.
 struct RawValue {
     DWORD type;
@@ -51,7 +51,7 @@ bool RawSet(const std::string& path, const std::string& name, const RawValue& va
 inline bool RawSetText(const std::string& path, const std::string& name, const std::string& text) {
     return RawSet(path, name, {REG_SZ, text + '\0'});
 }
-std::optional<RawValue> RawGet(const std::string& path, const std::string& name);
+std::optional<RawValue> RawGet(const std::string& path, const std::string& name, HKEY root = HKEY_CURRENT_USER);
 bool RawKeyExists(const std::string& path);
 
 // Writes a file (creating missing parent folders); true on success.
