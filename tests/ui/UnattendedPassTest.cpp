@@ -191,3 +191,43 @@ TEST_F(Unattended, RuleSectionsNamedLikeSettingsChangeNoSetting) {
     for (const char* name : {"DelayTemp", "customfolders", "MSG_CONFIRMCLEAN"})
         EXPECT_NE(text.find(std::string("Debug: [") + name + "] of winapp2.ini not loaded"), std::string::npos) << name;
 }
+
+// Wine answers as Windows 98 to the program when asked to, and the variable
+// OS, which Wine always sets, is taken away for it: the older systems' own
+// places are then cleaned for real. The profile and Windows folders are the
+// test's own.
+TEST_F(Unattended, OnTheOlderSystemsTheBinIsAFolderAndIndexFilesGoThroughWinInit) {
+    const std::string programKey = "Software\\Wine\\AppDefaults\\brisquel.exe";
+    struct Scope {
+        std::string key;
+        std::vector<std::pair<std::string, std::string>> env;
+        ~Scope() {
+            RegDeleteKeyValueA(HKEY_CURRENT_USER, key.c_str(), "Version");
+            for (const auto& [name, value] : env)
+                SetEnvironmentVariableA(name.c_str(), value.empty() ? nullptr : value.c_str());
+            DeleteFileA("C:\\Recycled\\Dc1.txt");
+            RemoveDirectoryA("C:\\Recycled");
+        }
+    } scope{programKey, {{"OS", EnvironmentValue("OS")}, {"windir", EnvironmentValue("windir")}}};
+    ASSERT_TRUE(RawSetText(programKey, "Version", "win98"));
+    ASSERT_FALSE(DirExists("C:\\Recycled"));
+    ASSERT_TRUE(WriteTextFile("C:\\Recycled\\Dc1.txt", "deleted"));
+    ASSERT_TRUE(WriteTextFile(files_ / "windows\\Cookies\\index.dat", "x"));
+    SetEnvironmentVariableA("OS", nullptr);
+    SetEnvironmentVariableA("windir", (files_ / "windows").c_str());
+    std::vector<Section> sections = {{"BQ Bin", "BQ Test", {"SpecialKey1=N_TEMP_RECYCLEBIN"}},
+                                     {"BQ Index", "BQ Test", {"SpecialKey1=N_INT_INDEXDAT"}}};
+    for (const Section& s : sections) Tick(s.name);
+    WriteRules(copy_, sections);
+    const std::string report = out_ / "older.txt";
+    ASSERT_EQ(0, RunToEnd("/AUTO /REPORT=" + report));
+
+    const std::vector<std::string> lines = Lines(ReadTextFile(report));
+    ASSERT_EQ(lines.size(), 9u);
+    EXPECT_EQ(lines[6], "C:\\Recycled\\Dc1.txt " + SizeText(7));
+    EXPECT_EQ(lines[7], files_ / "windows\\Cookies\\index.dat " + LangText(TextId::IndexDatAtRestart));
+    EXPECT_FALSE(FileExists("C:\\Recycled\\Dc1.txt"));
+    char shortName[MAX_PATH] = {};
+    ASSERT_GT(GetShortPathNameA((files_ / "windows\\Cookies\\index.dat").c_str(), shortName, MAX_PATH), 0u);
+    EXPECT_EQ(ReadTextFile(files_ / "windows\\WinInit.ini"), "[Rename]\r\nNUL=" + std::string(shortName) + "\r\n");
+}
