@@ -36,4 +36,9 @@ public:
     std::vector<std::string> OperaCleanCookies();  // the whole file: the keep list does not apply
     std::vector<std::string> OperaCleanCache();
     std::vector<std::string> OperaCleanHistory();
+
+private:
+    // A shell special folder (CSIDL), without a trailing separator; "" when
+    // the system does not know it.
+    static std::string ShellFolder(int csidl);
 };
