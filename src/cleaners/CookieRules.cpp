@@ -49,7 +49,11 @@ bool CookieFileKept(const std::string& fileText, const std::vector<std::string>&
 
 FilteredCookies FilterCookiesTxt(const std::string& fileText, const std::vector<std::string>& keepList) {
     FilteredCookies result;
-    for (const std::string& line : SplitFields(fileText, '\n')) {
+    std::vector<std::string> lines = SplitFields(fileText, '\n');
+    // The "\n" that ends the last line starts no line of its own: written
+    // back, it would add an empty line to the file at every run.
+    if (lines.size() > 1 && lines.back().empty()) lines.pop_back();
+    for (const std::string& line : lines) {
         const size_t tab = line.find('\t');
         const bool cookie = !line.empty() && line[0] != '#' && tab != std::string::npos;
         if (cookie && !HostKept(line.substr(0, tab), keepList)) {

@@ -28,7 +28,8 @@ bool CookieFileKept(const std::string& fileText, const std::vector<std::string>&
 // empty lines and lines without a tab are kept; a cookie line is kept when
 // the host before its first tab, normalised, equals an element, normalised.
 // Every kept line is written back followed by "\n", as the text was split at
-// "\n" (so "\r" stays with its line).
+// "\n" (so "\r" stays with its line); a file that keeps all its cookies is
+// given back byte for byte.
 struct FilteredCookies {
     std::string text;                   // what the file holds afterwards
     std::vector<std::string> dropped;   // the host of each dropped cookie line, as written

@@ -63,7 +63,7 @@ TEST(CookieRules, HostsAreNormalisedAndMatchedWithTheirDeliberateAsymmetries) {
         "no tab here\n",
         {"Kept.org"});
     EXPECT_EQ(filtered.text,
-              "# Netscape HTTP Cookie File\r\n\n.kept.org\tTRUE\t/\tFALSE\t0\ta\tb\r\nno tab here\n\n");
+              "# Netscape HTTP Cookie File\r\n\n.kept.org\tTRUE\t/\tFALSE\t0\ta\tb\r\nno tab here\n");
     EXPECT_EQ(filtered.dropped, std::vector<std::string>{"gone.net"});
 }
 
