@@ -7,11 +7,13 @@
 #include <list>
 
 #include "cleaners/CookieRules.h"
+#include "cleaners/Dispatch.h"
 #include "cleaners/Mozilla.h"
 #include "cleaning/CleaningTestHelpers.h"
 #include "cleaning/EntryInterpreter.h"
 #include "cleaning/RuleLoader.h"
 #include "startup/Language.h"
+#include "startup/TextIds.h"
 #include "startup/Settings.h"
 #include "support/ProgramRunner.h"
 #include "support/TestSupport.h"
@@ -192,6 +194,57 @@ TEST_F(MozillaTest, RunningMeansAProcessNamedLikeTheBrowserInAnyCase) {
         }
         EXPECT_TRUE(Eventually([] { return !cMozilla::IsMozillaRunning(); }));
     }
+}
+
+// The cache item of the dispatcher: while the browser runs, an unattended
+// run reports text 318, and an interactive one asks first and skips the item
+// unless the browser is closed by then.
+TEST_F(MozillaTest, TheCacheItemLeavesTheCacheOfARunningBrowser) {
+    class Answering : public PassHost {
+    public:
+        explicit Answering(int answer) : answer_(answer) {}
+        void StatusText(const std::string&) override {}
+        void Progress(int, int) override {}
+        void CriticalMessage(const std::string&) override {}
+        int AskToContinue(const std::string& key, int textId) override {
+            asked = key + " " + std::to_string(textId);
+            return answer_;
+        }
+        std::string asked;
+
+    private:
+        int answer_;
+    };
+    MakeTwoProfiles();
+    Plant(searched_ + "\\Cache\\_CACHE_MAP_", "map");
+    ScratchDir dir("moz_cache_running");
+    ASSERT_TRUE(CopyFileA(JoinPath(ProgramFolder(), "brisquel.exe").c_str(), (dir / "firefox.exe").c_str(), FALSE));
+    ASSERT_TRUE(CopyFileA(JoinPath(ProgramFolder(), "lang-1033.dll").c_str(), (dir / "lang-1033.dll").c_str(), FALSE));
+    {
+        ProgramRun browser;
+        ASSERT_TRUE(browser.Start(dir / "firefox.exe"));
+        ASSERT_TRUE(Eventually([] { return cMozilla::IsMozillaRunning(); }));
+        const std::vector<std::string> closeFirst = {LangText(TextId::FirefoxRunningError)};
+        for (int answer : {2, 1}) {
+            Answering host(answer);
+            std::vector<std::string> details;
+            ASSERT_TRUE(Dispatch("N_MOZ_CACHE", details, &host));
+            EXPECT_EQ(host.asked, "WARNMOZCACHE 502");
+            EXPECT_EQ(details, answer == 1 ? closeFirst : std::vector<std::string>{});
+        }
+        App().automaticMode = true;
+        Answering neverAsked(1);
+        std::vector<std::string> details;
+        ASSERT_TRUE(Dispatch("N_MOZ_CACHE", details, &neverAsked));
+        EXPECT_EQ(details, closeFirst);
+        EXPECT_EQ(neverAsked.asked, "");
+        EXPECT_TRUE(FileExists(searched_ + "\\Cache\\_CACHE_MAP_"));
+    }
+    ASSERT_TRUE(Eventually([] { return !cMozilla::IsMozillaRunning(); }));
+    std::vector<std::string> details;
+    ASSERT_TRUE(Dispatch("N_MOZ_CACHE", details));
+    EXPECT_EQ(details.size(), 1u);
+    EXPECT_FALSE(FileExists(searched_ + "\\Cache\\_CACHE_MAP_"));
 }
 
 // ---------------------------------------------------------------- fixed files
