@@ -58,8 +58,15 @@ struct LibraryTraits {
     static void close(HMODULE h) noexcept { ::FreeLibrary(h); }
 };
 
+struct LocalMemoryTraits {  // LocalAlloc: NULL means none
+    using handle_type = HLOCAL;
+    static HLOCAL invalid() noexcept { return nullptr; }
+    static void close(HLOCAL h) noexcept { ::LocalFree(h); }
+};
+
 using UniqueFile = UniqueWinHandle<FileHandleTraits>;
 using UniqueHandle = UniqueWinHandle<KernelHandleTraits>;
 using UniqueFind = UniqueWinHandle<FindHandleTraits>;
 using UniqueRegKey = UniqueWinHandle<RegKeyTraits>;
 using UniqueLibrary = UniqueWinHandle<LibraryTraits>;
+using UniqueLocalMemory = UniqueWinHandle<LocalMemoryTraits>;

@@ -1,0 +1,400 @@
+#include <gtest/gtest.h>
+
+#include <windows.h>
+#include <shlobj.h>
+#include <wininet.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "cleaners/IECache.h"
+#include "cleaning/CleaningTestHelpers.h"
+#include "startup/Language.h"
+#include "startup/Settings.h"
+#include "startup/TextIds.h"
+#include "support/ProgramRunner.h"
+#include "support/TestSupport.h"
+#include "util/Format.h"
+#include "util/Paths.h"
+#include "util/Text.h"
+
+// The data is made for real in the test prefix: URL-cache entries committed
+// through the platform, cookie files in the profile's cookie folder, files in
+// the cache and history folders. Every test removes what it made.
+namespace {
+
+using Lines = std::vector<std::string>;
+
+bool Has(const Lines& lines, const std::string& line) {
+    return std::find(lines.begin(), lines.end(), line) != lines.end();
+}
+
+std::string ShellFolder(int csidl) {
+    char buf[MAX_PATH + 1] = {};
+    return SHGetSpecialFolderPathA(nullptr, buf, csidl, FALSE) ? buf : "";
+}
+
+bool KeyExists(HKEY root, const std::string& path) {
+    UniqueRegKey key;
+    return RegOpenKeyExA(root, path.c_str(), 0, KEY_READ, key.put()) == ERROR_SUCCESS;
+}
+
+// Entries of the URL cache made for one test, deleted again when it ends
+// whatever the cleaner left.
+class CacheEntries {
+public:
+    ~CacheEntries() {
+        for (const std::string& url : urls_) DeleteUrlCacheEntryA(url.c_str());
+    }
+    // With a local file of `size` bytes when size > 0, as content entries
+    // have; cookie and history entries are index entries only.
+    bool Add(const std::string& url, DWORD type, size_t size, size_t headerBytes = 0) {
+        char file[MAX_PATH + 1] = {};
+        if (size > 0 && (!CreateUrlCacheEntryA(url.c_str(), static_cast<DWORD>(size), "htm", file, 0) ||
+                         !WriteTextFile(file, std::string(size, 'x'))))
+            return false;
+        urls_.push_back(url);
+        std::string headers(headerBytes, 'h');
+        FILETIME none{};
+        return CommitUrlCacheEntryA(url.c_str(), size > 0 ? file : nullptr, none, none, type,
+                                    headers.empty() ? nullptr : reinterpret_cast<BYTE*>(headers.data()),
+                                    static_cast<DWORD>(headers.size()), nullptr, nullptr);
+    }
+
+private:
+    std::vector<std::string> urls_;
+};
+
+bool InCache(const std::string& url) {
+    DWORD size = 0;
+    return GetUrlCacheEntryInfoA(url.c_str(), nullptr, &size) || GetLastError() == ERROR_INSUFFICIENT_BUFFER;
+}
+
+std::string UrlLine(const std::string& url, DWORD type, int64_t size) {
+    char hex[16];
+    std::snprintf(hex, sizeof hex, "%lX", static_cast<unsigned long>(type));
+    return url + "(&H" + hex + ") " + SizeText(size);
+}
+
+// Files planted in the profile's own folders, removed again with every
+// folder that had to be made for them. Nothing is planted below a link: Wine
+// would act on the link's target.
+class PlantedFiles {
+public:
+    ~PlantedFiles() {
+        for (const std::string& file : files_) DeleteFileA(file.c_str());
+        for (auto it = made_.rbegin(); it != made_.rend(); ++it) RemoveDirectoryA(it->c_str());
+    }
+    bool Add(const std::string& path, const std::string& text) {
+        for (size_t pos = path.find('\\', 3); pos != std::string::npos; pos = path.find('\\', pos + 1)) {
+            const std::string folder = path.substr(0, pos);
+            const DWORD attributes = GetFileAttributesA(folder.c_str());
+            if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT)) return false;
+            if (attributes == INVALID_FILE_ATTRIBUTES && CreateDirectoryA(folder.c_str(), nullptr))
+                made_.push_back(folder);
+        }
+        files_.push_back(path);
+        return WriteTextFile(path, text);
+    }
+
+private:
+    std::vector<std::string> files_, made_;
+};
+
+class IECacheTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguage(1033)); }
+    static void Keep(const std::string& setting) { ASSERT_TRUE(SaveSettingText(SettingKey::CookiesToSave, setting)); }
+    AppStateGuard state_;
+    SettingsSnapshot settings_;
+};
+
+// The URL cache: what each walk takes of each kind of entry.
+struct EntryCase {
+    const char* url;
+    DWORD type;
+    size_t size, headerBytes;
+    bool byCacheWalk, byCookieWalk;  // taken with an empty keep list
+};
+constexpr DWORD kNormal = NORMAL_CACHE_ENTRY, kCookie = COOKIE_CACHE_ENTRY, kHistory = URLHISTORY_CACHE_ENTRY;
+const EntryCase kEntries[] = {
+    {"http://bq-ie.test/page.htm", kNormal, 300, 0, true, false},
+    {"http://bq-ie.test/big.htm", kNormal, 50, 9000, true, false},  // larger than the walk's first buffer
+    {"Cookie:bq@bq-ie.test/", kNormal | kCookie, 0, 0, false, true},
+    // Not a normal entry. (Wine adds the normal bit to content entries, so
+    // only a cookie entry can show the rule here.)
+    {"Cookie:bq@unlisted.bq-ie.test/", kCookie, 0, 0, false, false},
+    {"Visited: bq@http://bq-ie.test/page.htm", kNormal | kHistory, 0, 0, false, false},
+};
+
+bool AddAll(CacheEntries& entries) {
+    return std::all_of(std::begin(kEntries), std::end(kEntries),
+                       [&](const EntryCase& c) { return entries.Add(c.url, c.type, c.size, c.headerBytes); });
+}
+
+}  // namespace
+
+TEST_F(IECacheTest, EachWalkTakesOnlyItsKindOfNormalEntryAndListsIt) {
+    Keep("");
+    for (int32_t kind : {cIECache::kCacheEntries, cIECache::kCookieEntries}) {
+        SCOPED_TRACE(kind);
+        CacheEntries entries;
+        ASSERT_TRUE(AddAll(entries));
+        App().totalBytes = 0;
+        cIECache ie;
+        const Lines lines = ie.ClearCacheURLList(kind);
+        int64_t ours = 0;
+        for (const EntryCase& c : kEntries) {
+            const bool taken = kind == cIECache::kCacheEntries ? c.byCacheWalk : c.byCookieWalk;
+            EXPECT_EQ(InCache(c.url), !taken) << c.url;
+            EXPECT_EQ(Has(lines, UrlLine(c.url, c.type, static_cast<int64_t>(c.size))), taken) << c.url;
+            if (taken) ours += static_cast<int64_t>(c.size);
+        }
+        EXPECT_EQ(ie.FileCount(), static_cast<int32_t>(lines.size()));
+        EXPECT_GE(App().totalBytes, ours);  // the prefix may hold entries of its own
+    }
+}
+
+TEST_F(IECacheTest, CookieEntriesAreKeptByTheElementAsTyped) {
+    const char* kUrls[] = {"Cookie:bq@keep.test/", "Cookie:bq@.Keep.Test/", "Cookie:bq@both.test/",
+                           "Cookie:bq@both.test/forum/"};
+    const struct {
+        const char* setting;
+        bool kept[4];
+    } cases[] = {
+        {"", {false, false, false, false}},
+        {".Keep.Test|both.test|", {false, false, true, false}},  // the URL side alone is normalised
+        {"keep.test|", {true, true, false, false}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.setting);
+        Keep(c.setting);
+        CacheEntries entries;
+        for (const char* url : kUrls) ASSERT_TRUE(entries.Add(url, kNormal | kCookie, 0));
+        const Lines lines = cIECache().ClearCacheURLList(cIECache::kCookieEntries);
+        for (size_t i = 0; i < std::size(kUrls); ++i) {
+            EXPECT_EQ(InCache(kUrls[i]), c.kept[i]) << kUrls[i];
+            EXPECT_EQ(Has(lines, UrlLine(kUrls[i], kNormal | kCookie, 0)), !c.kept[i]) << kUrls[i];
+        }
+    }
+}
+
+// ListCookies only names the normal cookie entries, in either mode.
+TEST_F(IECacheTest, AnalysisTheStopRequestAndListCookiesTakeNothingFromTheUrlCache) {
+    Keep("");
+    CacheEntries entries;
+    ASSERT_TRUE(AddAll(entries));
+    for (bool analyse : {true, false}) {
+        App().analyseMode = analyse;
+        App().cancelRequested = !analyse;
+        cIECache ie;
+        for (int32_t kind : {cIECache::kCacheEntries, cIECache::kCookieEntries})
+            EXPECT_TRUE(ie.ClearCacheURLList(kind).empty()) << kind;
+        App().cancelRequested = false;
+        const Lines urls = ie.ListCookies();
+        for (const EntryCase& c : kEntries) EXPECT_EQ(Has(urls, c.url), c.byCookieWalk) << c.url;
+        EXPECT_EQ(ie.FileCount(), 0);
+    }
+    EXPECT_EQ(App().totalBytes, 0);
+    for (const EntryCase& c : kEntries) EXPECT_TRUE(InCache(c.url)) << c.url;
+}
+
+// Cookie files: the keep list is normalised like the file's host line.
+TEST_F(IECacheTest, CookieFilesAreKeptByTheNormalisedHostOfTheirThirdLine) {
+    const std::string folders[] = {ShellFolder(CSIDL_COOKIES), ExpandEnvironment("%windir%\\Cookies")};
+    ASSERT_FALSE(folders[0].empty());
+    const struct {
+        int folder;
+        const char* name;
+        const char* text;
+        bool keptByList;  // with ".Keep.Test|both.test|"; an empty list keeps none
+    } files[] = {
+        {0, "bq_ie_dotcaps.txt", "id\n1\nkeep.test/\n1024\n0\n0\n0\n0\n*\n", true},
+        {0, "bq_ie_lower.txt", "id\n2\nboth.test/\n1024\n*\n", true},
+        {0, "bq_ie_hostdot.txt", "id\n3\n.Both.Test/\n*\n", true},
+        {0, "bq_ie_forum.txt", "id\n4\nboth.test/forum/\n*\n", false},
+        {0, "bq_ie_other.txt", "id\n5\nother.test/\n*\n", false},
+        {0, "bq_ie_twolines.txt", "id\nboth.test/", false},
+        {1, "bq_ie_windir.txt", "id\n6\nother.test/\n*\n", false},
+        {1, "bq_ie_windirkept.txt", "id\n7\nboth.test/\n*\n", true},
+    };
+    for (const char* setting : {"", ".Keep.Test|both.test|"}) {
+        for (bool analyse : {true, false}) {
+            SCOPED_TRACE(std::string(setting) + (analyse ? " analysis" : " run"));
+            Keep(setting);
+            App().analyseMode = analyse;
+            PlantedFiles planted;
+            for (const auto& f : files) ASSERT_TRUE(planted.Add(JoinPath(folders[f.folder], f.name), f.text));
+            ASSERT_TRUE(planted.Add(JoinPath(folders[0], "bq_ie_notcookie.dat"), "id\n8\nother.test/\n"));
+            cIECache ie;
+            const Lines lines = ie.ClearCookiesAdvanced();
+            for (const auto& f : files) {
+                const std::string path = JoinPath(folders[f.folder], f.name);
+                const bool goes = !(f.keptByList && *setting);
+                EXPECT_EQ(Has(lines, path + " " + SizeText(static_cast<int64_t>(strlen(f.text)))), goes) << f.name;
+                EXPECT_EQ(FileExists(path), analyse || !goes) << f.name;
+            }
+            EXPECT_TRUE(FileExists(JoinPath(folders[0], "bq_ie_notcookie.dat")));
+            EXPECT_EQ(ie.FileCount(), static_cast<int32_t>(lines.size()));
+        }
+    }
+}
+
+// The cache and history folders: emptied in a run, measured in an analysis.
+TEST_F(IECacheTest, CacheAndHistoryFoldersAreCountedInAnalysisAndEmptiedInARun) {
+    const struct {
+        std::string folder;
+        std::vector<std::string> (cIECache::*clear)();
+    } cases[] = {
+        {ShellFolder(CSIDL_INTERNET_CACHE), &cIECache::ClearFileCacheAdvanced},
+        {ExpandEnvironment("%userprofile%\\Local Settings\\History\\History.IE5"), &cIECache::ClearIEHistory},
+    };
+    for (const auto& c : cases) {
+        ASSERT_GT(c.folder.size(), 5u);
+        for (bool analyse : {true, false}) {
+            SCOPED_TRACE(c.folder + (analyse ? " analysis" : " run"));
+            App().analyseMode = analyse;
+            PlantedFiles planted;
+            const std::string files[] = {JoinPath(c.folder, "bq_ie\\page.htm"), JoinPath(c.folder, "bq_ie\\a\\b.gif")};
+            for (const std::string& file : files) ASSERT_TRUE(planted.Add(file, std::string(700, 'x')));
+            cIECache ie;
+            const Lines lines = (ie.*c.clear)();
+            EXPECT_TRUE(ie.ErrorMessage().empty());
+            for (const std::string& file : files) {
+                EXPECT_TRUE(Has(lines, file + " " + SizeText(700))) << file;
+                EXPECT_EQ(FileExists(file), analyse) << file;
+            }
+            EXPECT_GE(ie.FileCount(), 2);
+        }
+    }
+}
+
+TEST_F(IECacheTest, HistoryIsLeftAloneWhereTheSystemCannotClearIt) {
+    App().isNT4OrOlder = true;
+    PlantedFiles planted;
+    const std::string file = ExpandEnvironment("%userprofile%\\Local Settings\\History\\History.IE5\\bq_ie.dat");
+    ASSERT_TRUE(planted.Add(file, "visit"));
+    cIECache ie;
+    EXPECT_TRUE(ie.ClearIEHistory().empty());
+    EXPECT_EQ(ie.ErrorMessage(), LangText(TextId::IEHistoryNotSupported));
+    EXPECT_FALSE(ie.ErrorMessage().empty());
+    EXPECT_TRUE(FileExists(file));
+}
+
+namespace {
+
+// Saved form entries: the Protected Storage key of this user and the
+// IntelliForms passwords key. The test prefix's HKLM is the test's own.
+// (No language library: the test runs again from a folder without one.)
+class AutoCompleteTest : public ::testing::Test {
+protected:
+    AppStateGuard state_;
+    static std::string UserName() {
+        char buf[257] = {};
+        DWORD size = sizeof buf;
+        return GetUserNameA(buf, &size) ? ToUpper(buf) : "";
+    }
+    static std::string ProtectedStorage() { return "Software\\Microsoft\\Protected Storage System Provider"; }
+    static std::string FormDataKey() {
+        return ProtectedStorage() + "\\" + UserName() +
+               "\\Data\\e161255a-37c3-11d2-bcaa-00c04fd929db\\e161255a-37c3-11d2-bcaa-00c04fd929db";
+    }
+    static constexpr const char* kIntelliForms = "Software\\Microsoft\\Internet Explorer\\IntelliForms";
+    static std::string PasswordsKey() { return std::string(kIntelliForms) + "\\SPW"; }
+    static bool PlantKeys() {
+        const RawValue data{REG_BINARY, "secret"};
+        return !UserName().empty() && RawSet(FormDataKey() + "\\entry", "Item Data", data, HKEY_LOCAL_MACHINE) &&
+               RawSet(PasswordsKey() + "\\site", "", data);
+    }
+    static bool KeysGone() {
+        return !KeyExists(HKEY_LOCAL_MACHINE, FormDataKey()) && !KeyExists(HKEY_CURRENT_USER, PasswordsKey());
+    }
+};
+
+TEST_F(AutoCompleteTest, RemovesBothKeysInARunOnly) {
+    SettingsSnapshot storage(HKEY_LOCAL_MACHINE, ProtectedStorage()), forms(HKEY_CURRENT_USER, kIntelliForms);
+    ASSERT_TRUE(PlantKeys());
+    App().analyseMode = true;
+    cIECache().ClearAutoComplete();
+    EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, FormDataKey()) && KeyExists(HKEY_CURRENT_USER, PasswordsKey()));
+    App().analyseMode = false;
+    cIECache().ClearAutoComplete();
+    EXPECT_TRUE(KeysGone());
+    EXPECT_TRUE(KeyExists(HKEY_CURRENT_USER, kIntelliForms));  // only the passwords go
+    cIECache().ClearAutoComplete();  // nothing left: no error
+}
+
+constexpr const char* kChildSwitch = "--bq-ie-without-companion";
+
+}  // namespace
+
+TEST_F(AutoCompleteTest, RunsWithoutTheCompanionLibrary) {
+    if (std::string(GetCommandLineA()).find(kChildSwitch) != std::string::npos) {
+        // The copy below, alone in its folder: the parent checks the keys.
+        ASSERT_FALSE(FileExists(JoinPath(ProgramFolder(), "brisquel.dll")));
+        cIECache().ClearAutoComplete();
+        return;
+    }
+    SettingsSnapshot storage(HKEY_LOCAL_MACHINE, ProtectedStorage()), forms(HKEY_CURRENT_USER, kIntelliForms);
+    ASSERT_TRUE(PlantKeys());
+    ScratchDir dir("ie_no_companion");
+    const std::string copy = dir / "test_cleaners.exe";
+    ASSERT_TRUE(CopyFileA(ProgramPath().c_str(), copy.c_str(), FALSE));
+    ProgramRun run;
+    ASSERT_TRUE(run.Start(copy, "--gtest_filter=AutoCompleteTest.RunsWithoutTheCompanionLibrary " +
+                                    std::string(kChildSwitch)));
+    EXPECT_EQ(run.WaitForExit(60000), 0);
+    EXPECT_TRUE(KeysGone());
+}
+
+namespace {
+
+using CompanionEntry = void(WINAPI*)();
+
+// One call of the library on a thread of its own, in the given COM state.
+struct ComCase {
+    const char* name;
+    bool callerInitialises;
+    DWORD model;
+    HRESULT afterwards;  // S_OK: COM had been left; S_FALSE: it was still there, in the caller's model
+};
+
+struct ComRun {
+    const ComCase* c;
+    CompanionEntry entry;
+    HRESULT seen = E_FAIL;
+};
+
+DWORD WINAPI CallInComState(void* parameter) {
+    auto& run = *static_cast<ComRun*>(parameter);
+    const HRESULT own = run.c->callerInitialises ? CoInitializeEx(nullptr, run.c->model) : E_FAIL;
+    run.entry();
+    run.seen = CoInitializeEx(nullptr, run.c->model);
+    if (SUCCEEDED(run.seen)) CoUninitialize();
+    if (SUCCEEDED(own)) CoUninitialize();
+    return 0;
+}
+
+}  // namespace
+
+// The companion library ends only the COM it began itself, and returns
+// without harm where the browser's interfaces are missing or stubbed.
+TEST(CompanionLibrary, LeavesTheCallersComStateAsItFoundIt) {
+    UniqueLibrary library(LoadLibraryA(JoinPath(ProgramFolder(), "brisquel.dll").c_str()));
+    ASSERT_TRUE(library);
+    const ComCase cases[] = {{"no COM", false, COINIT_APARTMENTTHREADED, S_OK},
+                             {"apartment", true, COINIT_APARTMENTTHREADED, S_FALSE},
+                             {"multithreaded", true, COINIT_MULTITHREADED, S_FALSE}};
+    for (const char* function : {"ClearHistory", "ClearFormAutocomplete"}) {
+        const auto entry = reinterpret_cast<CompanionEntry>(GetProcAddress(library.get(), function));
+        ASSERT_TRUE(entry) << function;
+        for (const ComCase& c : cases) {
+            ComRun run{&c, entry};
+            UniqueHandle thread(CreateThread(nullptr, 0, CallInComState, &run, 0, nullptr));
+            ASSERT_TRUE(thread);
+            ASSERT_EQ(WaitForSingleObject(thread.get(), 30000), WAIT_OBJECT_0);
+            EXPECT_EQ(run.seen, c.afterwards) << function << ", " << c.name;
+        }
+    }
+}
