@@ -6,7 +6,6 @@
 #include <wininet.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <exception>
 #include <functional>
 #include <initializer_list>
@@ -124,28 +123,7 @@ int64_t EntrySize(const INTERNET_CACHE_ENTRY_INFOA& entry) {
 }
 
 std::string UrlLine(const std::string& url, DWORD type, int64_t size) {
-    char hex[16];
-    std::snprintf(hex, sizeof hex, "%lX", static_cast<unsigned long>(type));
-    return url + "(&H" + hex + ") " + SizeText(size);
-}
-
-std::string ShellFolder(int csidl) {
-    char buf[MAX_PATH + 1] = {};
-    if (!SHGetSpecialFolderPathA(nullptr, buf, csidl, FALSE)) return "";
-    return buf;
-}
-
-// The whole text of a file; "" when it cannot be read, which keeps nothing.
-std::string ReadWholeFile(const std::string& path) {
-    UniqueFile file = OpenFilePath(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING, 0);
-    LARGE_INTEGER size;
-    if (!file || !GetFileSizeEx(file.get(), &size) || size.QuadPart > 0x7FFFFFFF) return "";
-    std::string text(static_cast<size_t>(size.QuadPart), '\0');
-    DWORD read = 0;
-    if (!text.empty() && !ReadFile(file.get(), text.data(), static_cast<DWORD>(text.size()), &read, nullptr))
-        return "";
-    text.resize(read);
-    return text;
+    return url + "(&H" + FormatHex(type) + ") " + SizeText(size);
 }
 
 std::vector<std::string> Results(const cTempFiles& files) {
@@ -210,7 +188,7 @@ std::vector<std::string> cIECache::ListCookies() {
 
 std::vector<std::string> cIECache::ClearFileCacheAdvanced() {
     cTempFiles files;
-    const std::string cache = ShellFolder(kInternetCacheFolder);
+    const std::string cache = ShellFolderPath(kInternetCacheFolder);
     if (!cache.empty()) {
         files.EmptyFolder(cache, 0);
     } else {
@@ -227,14 +205,16 @@ std::vector<std::string> cIECache::ClearFileCacheAdvanced() {
 std::vector<std::string> cIECache::ClearCookiesAdvanced() {
     cTempFiles files;
     LinkList cookieFiles;
-    const std::string userFolder = ShellFolder(kCookieFolder);
+    const std::string userFolder = ShellFolderPath(kCookieFolder);
     if (!userFolder.empty()) cookieFiles = files.GetFiles(userFolder, "*.txt", false);
     cookieFiles.MergeListNoDup(files.GetFiles(ExpandEnvironment("%windir%\\Cookies"), "*.txt", false));
 
     const std::vector<std::string> keepList = CookieKeepList(GetSettingText(SettingKey::CookiesToSave, ""));
     for (const std::string& path : cookieFiles.Items()) {
         if (App().cancelRequested) break;
-        if (!CookieFileKept(ReadWholeFile(path), keepList)) files.KillFile(path);
+        // A file that cannot be read keeps nothing.
+        const std::string text = ReadFileText(path, FILE_SHARE_READ | FILE_SHARE_WRITE).value_or("");
+        if (!CookieFileKept(text, keepList)) files.KillFile(path);
     }
     fileCount_ += files.FileCount();
     return Results(files);

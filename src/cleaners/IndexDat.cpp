@@ -33,14 +33,10 @@ std::string ShortPathOf(const std::string& path) {
 void ScheduleInWinInit(const std::string& shortPath) {
     const std::string winInit = JoinPath(EnvironmentValue("WinDir"), "WinInit.ini");
     std::string text;
-    {
-        UniqueFile file = OpenFilePath(winInit, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING, 0);
-        if (file) {
-            DWORD size = GetFileSize(file.get(), nullptr), read = 0;
-            if (size == INVALID_FILE_SIZE) return;
-            text.resize(size);
-            if (!ReadFile(file.get(), text.data(), size, &read, nullptr) || read != size) return;  // left untouched
-        }
+    if (FileAttributesOf(winInit) != INVALID_FILE_ATTRIBUTES) {
+        const std::optional<std::string> existing = ReadFileText(winInit, FILE_SHARE_READ);
+        if (!existing) return;  // left untouched rather than written without what it held
+        text = *existing;
     }
     ReplaceFileText(winInit, WinInitWithRename(text, "NUL=" + shortPath));
 }

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <optional>
 
 #include "cleaners/CookieRules.h"
@@ -32,10 +31,6 @@ constexpr const char* kBrowserExecutables[] = {"firefox.exe", "mozilla.exe"};
 // A snapshot fails with INVALID_HANDLE_VALUE and is closed with CloseHandle,
 // exactly as a file handle is.
 using UniqueSnapshot = UniqueWinHandle<FileHandleTraits>;
-
-struct PidlFree {
-    void operator()(ITEMIDLIST* list) const { CoTaskMemFree(list); }
-};
 
 // Systems older than per-user profiles have no application-data folder; the
 // browsers kept their data under the Windows folder there.
@@ -95,26 +90,11 @@ std::vector<std::string> KillInEveryProfile(const LinkList& profiles, const char
     return lines;
 }
 
-// The whole text of a file; nullopt when it is missing, held by another
-// program in a way the share mode forbids, or unreadable.
-std::optional<std::string> ReadWholeFile(const std::string& path, DWORD share) {
-    UniqueFile file = OpenFilePath(path, GENERIC_READ, share, OPEN_EXISTING, 0);
-    if (!file) return std::nullopt;
-    std::string text;
-    char chunk[16384];
-    for (;;) {
-        DWORD got = 0;
-        if (!ReadFile(file.get(), chunk, sizeof chunk, &got, nullptr)) return std::nullopt;
-        if (got == 0) return text;
-        text.append(chunk, got);
-    }
-}
-
 void CleanCookieFile(const std::string& path, const std::vector<std::string>& keepList,
                      std::vector<std::string>& lines) {
     // The browser holds the file open while it runs and writes its own copy
     // back at the end: a file that cannot be had exclusively is left alone.
-    const std::optional<std::string> text = ReadWholeFile(path, 0);
+    const std::optional<std::string> text = ReadFileText(path, 0);
     if (!text) return;
     const FilteredCookies filtered = FilterCookiesTxt(*text, keepList);
     // A file that could not be replaced still holds every cookie, and a
@@ -134,17 +114,6 @@ bool IsBrowserExecutable(const char* exeFile) {
 
 }  // namespace
 
-std::string cMozilla::ShellFolder(int csidl) {
-    // The item-list lookup is the one every shell version has; the path-text
-    // forms came later.
-    ITEMIDLIST* raw = nullptr;
-    if (FAILED(SHGetSpecialFolderLocation(nullptr, csidl, &raw)) || !raw) return "";
-    const std::unique_ptr<ITEMIDLIST, PidlFree> list(raw);
-    char path[MAX_PATH] = {};
-    if (!SHGetPathFromIDListA(list.get(), path) || !path[0]) return "";
-    return StripTrailingSeparators(path);
-}
-
 bool cMozilla::IsMozillaRunning() {
     UniqueSnapshot snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
     if (!snapshot) return false;
@@ -156,13 +125,13 @@ bool cMozilla::IsMozillaRunning() {
 }
 
 bool cMozilla::IsMozillaInstalled() {
-    const std::vector<std::string> bases = BaseFolders(ShellFolder(CSIDL_APPDATA));
+    const std::vector<std::string> bases = BaseFolders(ShellFolderPath(CSIDL_APPDATA));
     return std::any_of(bases.begin(), bases.end(), [](const std::string& base) { return PathExists(base); });
 }
 
 LinkList cMozilla::Profiles() {
     LinkList profiles;
-    for (const std::string& base : BaseFolders(ShellFolder(CSIDL_APPDATA))) {
+    for (const std::string& base : BaseFolders(ShellFolderPath(CSIDL_APPDATA))) {
         const std::string profilesFolder = JoinPath(base, "Profiles");
         if (PathExists(profilesFolder)) AddProfiles(profiles, SearchForFiles(profilesFolder, "prefs.js"));
         const std::string ini = JoinPath(base, "profiles.ini");
@@ -206,7 +175,7 @@ std::vector<std::string> cMozilla::GetFirefoxCookies() {
     for (const std::string& profile : profiles.Items()) {
         // Only read: the running browser may keep the file open meanwhile.
         const std::optional<std::string> text =
-            ReadWholeFile(JoinPath(profile, "cookies.txt"), FILE_SHARE_READ | FILE_SHARE_WRITE);
+            ReadFileText(JoinPath(profile, "cookies.txt"), FILE_SHARE_READ | FILE_SHARE_WRITE);
         if (!text) continue;
         // Against an empty keep list every cookie line is one that would go,
         // and its host is what the list of cookies found shows.

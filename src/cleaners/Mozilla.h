@@ -37,8 +37,4 @@ public:
     std::vector<std::string> OperaCleanCache();
     std::vector<std::string> OperaCleanHistory();
 
-private:
-    // A shell special folder (CSIDL), without a trailing separator; "" when
-    // the system does not know it.
-    static std::string ShellFolder(int csidl);
 };

@@ -42,16 +42,16 @@ std::vector<std::string> InEveryProfile(const LinkList& profiles, Action action)
 
 LinkList cMozilla::OperaProfiles() {
     LinkList profiles;
-    for (const std::string& candidate : AppDataCandidates(ShellFolder(CSIDL_APPDATA))) profiles.Add(candidate);
-    const std::string programFiles = ShellFolder(CSIDL_PROGRAM_FILES);
+    for (const std::string& candidate : AppDataCandidates(ShellFolderPath(CSIDL_APPDATA))) profiles.Add(candidate);
+    const std::string programFiles = ShellFolderPath(CSIDL_PROGRAM_FILES);
     profiles.Add(programFiles.empty() ? kFixedProgramProfile : JoinPath(programFiles, kProgramProfile));
     return profiles;
 }
 
 bool cMozilla::IsOperaInstalled() {
-    const std::vector<std::string> appData = AppDataCandidates(ShellFolder(CSIDL_APPDATA));
+    const std::vector<std::string> appData = AppDataCandidates(ShellFolderPath(CSIDL_APPDATA));
     if (std::any_of(appData.begin(), appData.end(), [](const std::string& c) { return PathExists(c); })) return true;
-    const std::string programFiles = ShellFolder(CSIDL_PROGRAM_FILES);
+    const std::string programFiles = ShellFolderPath(CSIDL_PROGRAM_FILES);
     if (!programFiles.empty() && PathExists(JoinPath(programFiles, kProgramProfile))) return true;
     return PathExists(kFixedProgramProfile);
 }

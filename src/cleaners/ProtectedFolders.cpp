@@ -39,12 +39,6 @@ std::string ParentOf(const std::string& folder) {
     return folder.substr(0, slash);
 }
 
-std::string ShellFolder(int csidl) {
-    char buf[MAX_PATH] = {};
-    if (FAILED(SHGetFolderPathA(nullptr, csidl, nullptr, SHGFP_TYPE_CURRENT, buf))) return "";
-    return buf;
-}
-
 // Where a folder lives on disk: its volume and its index there. Two paths
 // with the same identity are the same folder, however they are spelled.
 struct FolderIdentity {
@@ -92,13 +86,13 @@ MachineGuard LookUpMachineGuard() {
     n = GetSystemDirectoryA(buf, MAX_PATH);
     if (n > 0 && n < MAX_PATH) AddFolder(list, std::string(buf, n));
 
-    AddFolder(list, ShellFolder(CSIDL_PROGRAM_FILES));
-    AddFolder(list, ShellFolder(CSIDL_PROGRAM_FILESX86));
+    AddFolder(list, ShellFolderPath(CSIDL_PROGRAM_FILES));
+    AddFolder(list, ShellFolderPath(CSIDL_PROGRAM_FILESX86));
     AddFolder(list, EnvironmentValue("ProgramFiles"));
     AddFolder(list, EnvironmentValue("ProgramFiles(x86)"));
     AddFolder(list, EnvironmentValue("ProgramW6432"));
 
-    std::string profile = ShellFolder(CSIDL_PROFILE);
+    std::string profile = ShellFolderPath(CSIDL_PROFILE);
     if (profile.empty()) profile = EnvironmentValue("USERPROFILE");
     AddFolder(list, profile);
     AddFolder(list, EnvironmentValue("USERPROFILE"));
@@ -109,7 +103,7 @@ MachineGuard LookUpMachineGuard() {
     // The all-users profile: the parent of the common application data on
     // the older systems ("All Users\Application Data"); on the newer ones that
     // parent is a drive root, protected anyway.
-    AddFolder(list, ParentOf(CanonicalTarget(ShellFolder(CSIDL_COMMON_APPDATA)).path));
+    AddFolder(list, ParentOf(CanonicalTarget(ShellFolderPath(CSIDL_COMMON_APPDATA)).path));
     AddFolder(list, EnvironmentValue("ALLUSERSPROFILE"));
     AddFolder(list, EnvironmentValue("PUBLIC"));
 

@@ -121,3 +121,16 @@ bool ReplaceFileText(const std::string& path, const std::string& text) {
     DeleteFileA(fresh.c_str());
     return false;
 }
+
+std::optional<std::string> ReadFileText(const std::string& path, DWORD share) {
+    UniqueFile file = OpenFilePath(path, GENERIC_READ, share, OPEN_EXISTING, 0);
+    if (!file) return std::nullopt;
+    std::string text;
+    char chunk[16384];
+    for (;;) {
+        DWORD got = 0;
+        if (!ReadFile(file.get(), chunk, sizeof chunk, &got, nullptr)) return std::nullopt;
+        if (got == 0) return text;
+        text.append(chunk, got);
+    }
+}

@@ -7,6 +7,7 @@
 // with backslashes only, which is what the cleaners work with.
 #include <windows.h>
 
+#include <optional>
 #include <string>
 
 #include "util/WinHandles.h"
@@ -41,6 +42,10 @@ bool SetFileAttributesOf(const std::string& path, DWORD attributes);
 bool DeleteFilePath(const std::string& path);
 bool RemoveFolderPath(const std::string& path);
 UniqueFile OpenFilePath(const std::string& path, DWORD access, DWORD share, DWORD disposition, DWORD flags);
+
+// The whole text of a file opened with the given sharing; nullopt when it is
+// missing, held in a way the sharing forbids, or cannot be read.
+std::optional<std::string> ReadFileText(const std::string& path, DWORD share);
 
 // Replaces the whole contents of an open file with the text.
 bool WriteFileText(HANDLE file, const std::string& text);

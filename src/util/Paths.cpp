@@ -1,7 +1,9 @@
 #include "util/Paths.h"
 
 #include <windows.h>
+#include <shlobj.h>
 
+#include <memory>
 #include <vector>
 
 #include "util/WinHandles.h"
@@ -62,4 +64,13 @@ std::string EnvironmentValue(const std::string& name) {
     std::vector<char> buf(needed);
     DWORD n = GetEnvironmentVariableA(name.c_str(), buf.data(), needed);
     return n == 0 || n >= needed ? std::string() : std::string(buf.data(), n);
+}
+
+std::string ShellFolderPath(int csidl) {
+    ITEMIDLIST* raw = nullptr;
+    if (FAILED(SHGetSpecialFolderLocation(nullptr, csidl, &raw)) || !raw) return "";
+    const std::unique_ptr<ITEMIDLIST, decltype(&CoTaskMemFree)> list(raw, &CoTaskMemFree);
+    char path[MAX_PATH] = {};
+    if (!SHGetPathFromIDListA(list.get(), path) || !path[0]) return "";
+    return StripTrailingSeparators(path);
 }

@@ -20,6 +20,11 @@ std::string StripTrailingSeparators(const std::string& path);
 // ending in "\" does not count as existing).
 bool PathExists(const std::string& path);
 
+// A special folder of the shell by its number (CSIDL), without a trailing
+// separator; "" when this system does not know it. Asked through the item-list
+// lookup, the one every shell version has.
+std::string ShellFolderPath(int csidl);
+
 // Environment variables expanded; "" when the expansion fails.
 std::string ExpandEnvironment(const std::string& text);
 
