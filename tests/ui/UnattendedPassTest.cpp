@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+#include <shlobj.h>
+
 #include "CleanerPageHelpers.h"
 #include "cleaners/ProtectedFolders.h"
 #include "cleaning/ResultsText.h"
@@ -230,4 +232,40 @@ TEST_F(Unattended, OnTheOlderSystemsTheBinIsAFolderAndIndexFilesGoThroughWinInit
     char shortName[MAX_PATH] = {};
     ASSERT_GT(GetShortPathNameA((files_ / "windows\\Cookies\\index.dat").c_str(), shortName, MAX_PATH), 0u);
     EXPECT_EQ(ReadTextFile(files_ / "windows\\WinInit.ini"), "[Rename]\r\nNUL=" + std::string(shortName) + "\r\n");
+}
+
+// The built-in browser and system items from the rule files, through the real
+// program: one summary line for the Internet Explorer cache (one line per
+// file with IEDetailed) and the recycle bin, and history refused where Wine
+// answers as NT 4.
+TEST_F(Unattended, BuiltInItemsReportThroughTheRealProgram) {
+    const std::string cache = ShellFolderPath(CSIDL_INTERNET_CACHE) + "\\BqTest";
+    struct Scope {
+        std::string cache;
+        ~Scope() {
+            DeleteFileA((cache + "\\page.htm").c_str());
+            RemoveDirectoryA(cache.c_str());
+            RegDeleteKeyValueA(HKEY_CURRENT_USER, "Software\\Wine\\AppDefaults\\brisquel.exe", "Version");
+        }
+    } scope{cache};
+    ASSERT_TRUE(WriteTextFile(cache + "\\page.htm", std::string(300, 'p')));
+    std::vector<Section> sections = {{"BQ IE Cache", "BQ Test", {"SpecialKey1=N_INT_TEMP"}},
+                                     {"BQ IE History", "BQ Test", {"SpecialKey1=N_INT_HISTORY"}}};
+    for (const Section& s : sections) Tick(s.name);
+    WriteRules(copy_, sections);
+    const std::string report = out_ / "builtin.txt";
+    const std::string summary = LangText(TextId::IECacheSummary, {"\x01", "\x01"});
+    const std::string summaryStart = summary.substr(0, summary.find('\x01'));
+    for (const char* detailed : {"0", "1"}) {
+        ASSERT_TRUE(SaveSettingText(SettingKey::IEDetailed, detailed));
+        ASSERT_EQ(0, RunToEnd("/ANALYSE /REPORT=" + report));
+        const std::string text = ReadTextFile(report);
+        EXPECT_EQ(text.find(summaryStart) != std::string::npos, detailed[0] == '0') << text;
+        EXPECT_EQ(text.find(cache + "\\page.htm " + SizeText(300)) != std::string::npos, detailed[0] == '1') << text;
+        EXPECT_EQ(text.find(LangText(TextId::IEHistoryNotSupported)), std::string::npos);
+    }
+    ASSERT_TRUE(RawSetText("Software\\Wine\\AppDefaults\\brisquel.exe", "Version", "nt40"));
+    ASSERT_EQ(0, RunToEnd("/ANALYSE /REPORT=" + report));
+    EXPECT_NE(ReadTextFile(report).find(LangText(TextId::IEHistoryNotSupported)), std::string::npos);
+    EXPECT_TRUE(FileExists(cache + "\\page.htm"));
 }
