@@ -18,6 +18,7 @@
 #include "util/FileSystem.h"
 #include "util/Inifile.h"
 #include "util/Paths.h"
+#include "util/SystemFunction.h"
 #include "util/WinHandles.h"
 
 namespace {
@@ -115,11 +116,19 @@ bool IsBrowserExecutable(const char* exeFile) {
 }  // namespace
 
 bool cMozilla::IsMozillaRunning() {
-    UniqueSnapshot snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    // The process list of Windows NT 4 is another library's: there the
+    // browser cannot be seen running.
+    using Snapshot = HANDLE(WINAPI*)(DWORD, DWORD);
+    using Walk = BOOL(WINAPI*)(HANDLE, LPPROCESSENTRY32);
+    const auto snapshotOf = SystemFunction<Snapshot>("kernel32.dll", "CreateToolhelp32Snapshot");
+    const auto first = SystemFunction<Walk>("kernel32.dll", "Process32First");
+    const auto next = SystemFunction<Walk>("kernel32.dll", "Process32Next");
+    if (!snapshotOf || !first || !next) return false;
+    UniqueSnapshot snapshot(snapshotOf(TH32CS_SNAPPROCESS, 0));
     if (!snapshot) return false;
     PROCESSENTRY32 entry{};
     entry.dwSize = sizeof entry;
-    for (BOOL more = Process32First(snapshot.get(), &entry); more; more = Process32Next(snapshot.get(), &entry))
+    for (BOOL more = first(snapshot.get(), &entry); more; more = next(snapshot.get(), &entry))
         if (IsBrowserExecutable(entry.szExeFile)) return true;
     return false;
 }

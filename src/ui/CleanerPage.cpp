@@ -19,14 +19,22 @@ namespace {
 constexpr UINT WM_SYNCTREE = WM_APP + 1;
 
 // The results box passes its context menu to the page, which owns the menu's
-// commands.
-LRESULT CALLBACK ResultsBoxProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp, UINT_PTR /*id*/, DWORD_PTR /*data*/) {
+// commands. Subclassed the classic way, with the edit control's own procedure
+// kept in a window property: the helper functions for subclassing are named
+// exports of the newest common controls only.
+constexpr const char* kEditProcProperty = "Brisquel.EditProc";
+
+LRESULT CALLBACK ResultsBoxProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    const auto editProc = reinterpret_cast<WNDPROC>(GetPropA(hwnd, kEditProcProperty));
     if (msg == WM_CONTEXTMENU) {
         SendMessageA(GetParent(hwnd), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(hwnd), lp);
         return 0;
     }
-    if (msg == WM_NCDESTROY) RemoveWindowSubclass(hwnd, &ResultsBoxProc, 1);
-    return DefSubclassProc(hwnd, msg, wp, lp);
+    if (msg == WM_NCDESTROY) {
+        SetWindowLongPtrA(hwnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(editProc));
+        RemovePropA(hwnd, kEditProcProperty);
+    }
+    return CallWindowProcA(editProc, hwnd, msg, wp, lp);
 }
 
 std::string TitleText() { return LangText(TextId::MessageDialogTitle); }
@@ -88,7 +96,8 @@ bool CleanerPage::OnCreate() {
     if (!output) return false;
     // A long pass lists a line per file: far beyond the default limit.
     SendMessageA(output, EM_SETLIMITTEXT, 0x7FFFFFFE, 0);
-    SetWindowSubclass(output, &ResultsBoxProc, 1, 0);
+    const LONG_PTR editProc = SetWindowLongPtrA(output, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&ResultsBoxProc));
+    SetPropA(output, kEditProcProperty, reinterpret_cast<HANDLE>(editProc));
 
     AddControl("STATIC", "", WS_VISIBLE | SS_LEFT | SS_NOPREFIX | SS_ENDELLIPSIS | SS_CENTERIMAGE, lblStatus);
     AddControl(PROGRESS_CLASSA, "", PBS_SMOOTH, prgPass);

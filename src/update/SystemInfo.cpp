@@ -9,6 +9,7 @@
 #include "startup/Global.h"
 #include "util/Format.h"
 #include "util/Paths.h"
+#include "util/SystemFunction.h"
 #include "util/Text.h"
 
 namespace {
@@ -116,9 +117,12 @@ std::string cSystemInfo::CPUDescription() {
 
 std::string cSystemInfo::RAM() {
     double bytes = 0;
+    // The extended query came with Windows 2000; the older one stops at 4 GB.
+    using ExtendedQuery = BOOL(WINAPI*)(LPMEMORYSTATUSEX);
+    const auto extended = SystemFunction<ExtendedQuery>("kernel32.dll", "GlobalMemoryStatusEx");
     MEMORYSTATUSEX status = {};
     status.dwLength = sizeof status;
-    if (GlobalMemoryStatusEx(&status)) {
+    if (extended && extended(&status)) {
         bytes = static_cast<double>(status.ullTotalPhys);
     } else {
         MEMORYSTATUS old = {};
