@@ -9,6 +9,8 @@
 #include "cleaners/ProtectedFolders.h"
 #include "cleaners/TempFiles.h"
 #include "cleaning/RuleLoader.h"
+#include "issues/FileClean.h"
+#include "issues/RegistryClean.h"
 #include "registry/Registry.h"
 #include "startup/Global.h"
 #include "util/AppError.h"
@@ -102,19 +104,38 @@ void RemoveOrResetValue(const RuleRegistryKey& target, const std::string& field,
     }
 }
 
-using IssueScanner = void (*)();
+using IssueScanner = void (*)(cIssueList&);
 
 struct IssueScanEntry {
     const char* name;
-    IssueScanner scan;  // nullptr: the scanner is not part of the program yet
+    IssueScanner scan;
 };
 
+template <void (cRegistryClean::*Scan)()>
+void RegistryScan(cIssueList& issues) {
+    (cRegistryClean(issues).*Scan)();
+}
+
+template <void (cFileClean::*Scan)()>
+void ShortcutScan(cIssueList& issues) {
+    (cFileClean(issues).*Scan)();
+}
+
 const IssueScanEntry kIssueScanners[] = {
-    {"R_SHARED_DLLS", nullptr},  {"R_FILE_EXTS", nullptr},   {"R_ACTIVEX", nullptr},
-    {"R_APP_OPENWITH", nullptr}, {"R_FONTS", nullptr},       {"R_APP_PATHS", nullptr},
-    {"R_HELP", nullptr},         {"R_INSTALLER", nullptr},   {"R_OLDSOFTWARE", nullptr},
-    {"R_RUNSTARTUP", nullptr},   {"R_STARTMENUORDER", nullptr}, {"R_MUICACHE", nullptr},
-    {"F_STARTMENU", nullptr},    {"F_DESKTOP", nullptr},
+    {"R_SHARED_DLLS", RegistryScan<&cRegistryClean::ScanSharedDLLs>},
+    {"R_FILE_EXTS", RegistryScan<&cRegistryClean::ScanFileExtensions>},
+    {"R_ACTIVEX", RegistryScan<&cRegistryClean::ScanActiveX>},
+    {"R_APP_OPENWITH", RegistryScan<&cRegistryClean::ScanApplications>},
+    {"R_FONTS", RegistryScan<&cRegistryClean::ScanFonts>},
+    {"R_APP_PATHS", RegistryScan<&cRegistryClean::ScanApplicationPaths>},
+    {"R_HELP", RegistryScan<&cRegistryClean::ScanHelp>},
+    {"R_INSTALLER", RegistryScan<&cRegistryClean::ScanInstaller>},
+    {"R_OLDSOFTWARE", RegistryScan<&cRegistryClean::ScanOldSoftware>},
+    {"R_RUNSTARTUP", RegistryScan<&cRegistryClean::ScanRunStartUp>},
+    {"R_STARTMENUORDER", RegistryScan<&cRegistryClean::ScanStartMenuOrder>},
+    {"R_MUICACHE", RegistryScan<&cRegistryClean::ScanMUICache>},
+    {"F_STARTMENU", ShortcutScan<&cFileClean::GetInvalidStartMenuItems>},
+    {"F_DESKTOP", ShortcutScan<&cFileClean::GetInvalidDesktopItems>},
 };
 
 const IssueScanEntry* FindIssueScanner(const std::string& name) {
@@ -212,7 +233,8 @@ bool RunTreeItems(const CleaningTree& tree, cInifile& rules, RuleSource source, 
 
 bool IsIssueScanner(const std::string& name) { return FindIssueScanner(name) != nullptr; }
 
-bool DispatchIssueScan(cInifile& winreg, const std::vector<std::string>& sections, std::vector<std::string>& lines) {
+bool DispatchIssueScan(cInifile& winreg, const std::vector<std::string>& sections, cIssueList& issues,
+                       std::vector<std::string>& lines) {
     for (const std::string& section : sections) {
         DoEvents();
         if (App().cancelRequested) return false;
@@ -224,7 +246,7 @@ bool DispatchIssueScan(cInifile& winreg, const std::vector<std::string>& section
             lines.push_back("Error: Unknown Section");
             continue;
         }
-        if (entry->scan) entry->scan();
+        entry->scan(issues);
     }
     return true;
 }

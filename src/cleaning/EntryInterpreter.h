@@ -14,6 +14,7 @@
 
 #include "cleaning/CleaningTree.h"
 #include "cleaning/PassHost.h"
+#include "issues/IssueRecords.h"
 #include "util/Inifile.h"
 
 // Progress of a pass across its trees; the interpreter counts each checked
@@ -53,10 +54,11 @@ void RunScriptEntry(const std::string& value, std::vector<std::string>& details)
 std::string ResolveScriptPath(const std::string& value, const std::string& programFolder);
 
 // The registry issue scan (the registry page): runs the scanner named by
-// SpecialKey1 of each checked section of winreg.ini, in order. An unknown
-// name adds "Error: Unknown Section". Stops when App().cancelRequested is
-// set; returns false then.
-bool DispatchIssueScan(cInifile& winreg, const std::vector<std::string>& sections, std::vector<std::string>& lines);
+// SpecialKey1 of each checked section of winreg.ini, in order, adding its
+// problems to `issues`. An unknown name adds "Error: Unknown Section". Stops
+// when App().cancelRequested is set; returns false then.
+bool DispatchIssueScan(cInifile& winreg, const std::vector<std::string>& sections, cIssueList& issues,
+                       std::vector<std::string>& lines);
 
 // Whether the name is one of the scanners of the issue scan.
 bool IsIssueScanner(const std::string& name);

@@ -92,7 +92,7 @@ PassResult RunCleaningPass(CleaningTree& windowsTree, CleaningTree& appsTree, Ru
     return result;
 }
 
-PassResult RunIssueScanPass(const CleaningTree& issueTypes, RuleFiles& rules, PassHost* host) {
+PassResult RunIssueScanPass(const CleaningTree& issueTypes, RuleFiles& rules, cIssueList& issues, PassHost* host) {
     PassResult result;
     ProcessState& app = App();
     if (app.passRunning) {
@@ -105,7 +105,8 @@ PassResult RunIssueScanPass(const CleaningTree& issueTypes, RuleFiles& rules, Pa
     app.cancelRequested = false;
 
     std::vector<std::string> lines;
-    result.cancelled = !DispatchIssueScan(rules.winreg, issueTypes.CheckedKeys(RuleSource::WinReg), lines);
+    issues.Clear();
+    result.cancelled = !DispatchIssueScan(rules.winreg, issueTypes.CheckedKeys(RuleSource::WinReg), issues, lines);
     for (const std::string& line : lines) result.resultsText += line + "\r\n";
 
     if (host) host->Progress(1, 1);

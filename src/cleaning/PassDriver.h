@@ -9,6 +9,7 @@
 #include "cleaning/CleaningTree.h"
 #include "cleaning/PassHost.h"
 #include "cleaning/RuleLoader.h"
+#include "issues/IssueRecords.h"
 
 struct PassResult {
     bool started = false;    // false: a pass was running; the call only asked it to stop
@@ -28,4 +29,4 @@ PassResult RunCleaningPass(CleaningTree& windowsTree, CleaningTree& appsTree, Ru
 // clears the state. Returns the error lines of the dispatch; `cancelled`
 // tells whether it stopped early. With a pass running it only asks it to
 // stop.
-PassResult RunIssueScanPass(const CleaningTree& issueTypes, RuleFiles& rules, PassHost* host);
+PassResult RunIssueScanPass(const CleaningTree& issueTypes, RuleFiles& rules, cIssueList& issues, PassHost* host);

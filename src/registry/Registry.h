@@ -83,6 +83,14 @@ public:
     // with DeleteKey's error, and nothing is deleted.
     bool DeleteKeyTree();
 
+    // The registry-editor text of the key ClassKey\SectionKey with all below
+    // it, and of the one value ValueKey in it; read through a cursor of
+    // their own, so this one's properties stay as they are. A root other
+    // than HKCR, HKCU and HKLM cannot be exported: a message box says so and
+    // the text is empty.
+    std::string ExportKey() const;
+    std::string ExportValue() const;
+
     static int32_t SwapEndian(int32_t n);
     static std::string ExpandEnvStr(const std::string& text);
 

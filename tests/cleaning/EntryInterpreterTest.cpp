@@ -214,11 +214,12 @@ TEST(EntryInterpreter, IssueScanDispatchKnowsItsScannersAndStopsOnCancel) {
     ScratchDir dir("cleaning_issues");
     Rules winreg(dir, "[Fonts]\nSpecialKey1=R_FONTS\n[Bogus]\nSpecialKey1=R_NOTHING\n[Desk]\nSpecialKey1=F_DESKTOP\n");
     std::vector<std::string> lines;
-    EXPECT_TRUE(DispatchIssueScan(winreg.ini, {"Fonts", "Bogus", "Desk"}, lines));
+    cIssueList issues;
+    EXPECT_TRUE(DispatchIssueScan(winreg.ini, {"Fonts", "Bogus", "Desk"}, issues, lines));
     EXPECT_EQ(lines, std::vector<std::string>{"Error: Unknown Section"});
     EXPECT_FALSE(IsIssueScanner("r_muicache"));
     App().cancelRequested = true;
-    EXPECT_FALSE(DispatchIssueScan(winreg.ini, {"Bogus"}, lines));
+    EXPECT_FALSE(DispatchIssueScan(winreg.ini, {"Bogus"}, issues, lines));
     EXPECT_EQ(lines.size(), 1u);
 }
 

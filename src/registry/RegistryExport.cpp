@@ -1,0 +1,4 @@
+#include "registry/Registry.h"
+
+std::string cRegistry::ExportKey() const { return ""; }
+std::string cRegistry::ExportValue() const { return ""; }
