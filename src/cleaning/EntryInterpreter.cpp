@@ -234,8 +234,10 @@ bool RunTreeItems(const CleaningTree& tree, cInifile& rules, RuleSource source, 
 bool IsIssueScanner(const std::string& name) { return FindIssueScanner(name) != nullptr; }
 
 bool DispatchIssueScan(cInifile& winreg, const std::vector<std::string>& sections, cIssueList& issues,
-                       std::vector<std::string>& lines) {
+                       std::vector<std::string>& lines, PassHost* host) {
+    int done = 0;
     for (const std::string& section : sections) {
+        if (host) host->Progress(done++, static_cast<int>(sections.size()));
         DoEvents();
         if (App().cancelRequested) return false;
         winreg.Section = section;

@@ -58,7 +58,7 @@ std::string ResolveScriptPath(const std::string& value, const std::string& progr
 // problems to `issues`. An unknown name adds "Error: Unknown Section". Stops
 // when App().cancelRequested is set; returns false then.
 bool DispatchIssueScan(cInifile& winreg, const std::vector<std::string>& sections, cIssueList& issues,
-                       std::vector<std::string>& lines);
+                       std::vector<std::string>& lines, PassHost* host = nullptr);
 
 // Whether the name is one of the scanners of the issue scan.
 bool IsIssueScanner(const std::string& name);

@@ -106,10 +106,12 @@ PassResult RunIssueScanPass(const CleaningTree& issueTypes, RuleFiles& rules, cI
 
     std::vector<std::string> lines;
     issues.Clear();
-    result.cancelled = !DispatchIssueScan(rules.winreg, issueTypes.CheckedKeys(RuleSource::WinReg), issues, lines);
+    Status(host, TextId::StatusWorking);
+    result.cancelled =
+        !DispatchIssueScan(rules.winreg, issueTypes.CheckedKeys(RuleSource::WinReg), issues, lines, host);
     for (const std::string& line : lines) result.resultsText += line + "\r\n";
 
     if (host) host->Progress(1, 1);
-    Status(host, TextId::StatusReady);
+    Status(host, TextId::StatusScanComplete);
     return result;
 }

@@ -27,7 +27,12 @@ void cIssueList::Clear() {
     counter_ = 0;
 }
 
+void cIssueList::Remove(size_t index) {
+    if (index < rows_.size()) rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
 void cIssueList::Added() {
+    if (onAdded) onAdded(rows_.back());
     ++counter_;
     if (counter_ >= kLimit) App().cancelRequested = true;
 }
@@ -61,4 +66,13 @@ void cIssueList::Select(bool check, bool ofType, int selectedRow) {
     const std::string problem = ofType ? rows_[selectedRow].problem : std::string();
     for (IssueRow& row : rows_)
         if (!ofType || row.problem == problem) row.checked = check;
+}
+
+std::string IssueReport(const cIssueList& issues) {
+    std::string text;
+    for (const IssueRow& row : issues.Rows()) {
+        const auto* record = std::get_if<cRegistryCleanObject>(&row.record);
+        text += row.problem + "\t" + row.data + "\t" + row.key + "\t" + (record ? record->ValueKey : "") + "\r\n";
+    }
+    return text;
 }

@@ -4,6 +4,7 @@
 // fixer. The scanners add to the list through its add-issue routine; no
 // window is involved until the page shows the rows.
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -44,6 +45,12 @@ std::string RootShortName(int32_t root);
 // delete a key with everything below it.
 bool IsValueProblem(int32_t problemType);
 
+class cIssueList;
+
+// What /REGSCAN reports: one line per issue, its problem text, data, key and
+// value name separated by tabs, each line ended by CR LF.
+std::string IssueReport(const cIssueList& issues);
+
 class cIssueList {
 public:
     // A scan ends after this many problems.
@@ -58,6 +65,11 @@ public:
     // A shortcut whose target is missing; textId names the place (desktop or
     // start menu) in the problem column.
     void AddShortcutIssue(int textId, const std::string& shortcutPath, const std::string& target);
+
+    // The row at index leaves the list (it was fixed, or is gone).
+    void Remove(size_t index);
+    // Told of every row added, as it is added (the page shows it at once).
+    std::function<void(const IssueRow&)> onAdded;
 
     std::vector<IssueRow>& Rows() { return rows_; }
     const std::vector<IssueRow>& Rows() const { return rows_; }

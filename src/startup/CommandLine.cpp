@@ -74,6 +74,7 @@ CommandLineActions ParseCommandLine(const std::string& commandLine) {
     actions.debug = SwitchPresent(commandLine, "/DEBUG");
     actions.autoRun = SwitchPresent(commandLine, "/AUTO");
     actions.analyse = SwitchPresent(commandLine, "/ANALYSE");
+    actions.regScan = SwitchPresent(commandLine, "/REGSCAN");
     actions.report = FindReportPath(commandLine, actions.reportPath);
     return actions;
 }

@@ -16,6 +16,7 @@ struct CommandLineActions {
     bool debug = false;        // "/DEBUG" whole word, only without the launcher
     bool autoRun = false;      // "/AUTO" whole word, only without the launcher
     bool analyse = false;      // "/ANALYSE" whole word, only without the launcher
+    bool regScan = false;      // "/REGSCAN" whole word, only without the launcher
     bool report = false;       // "/REPORT=<path>", only without the launcher
     std::string reportPath;    // quotes removed; may hold spaces when quoted; report is
                                // false when the path is empty

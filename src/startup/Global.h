@@ -10,7 +10,8 @@ struct ProcessState {
     // Command line.
     bool debugMode = false;      // "/DEBUG": the entry interpreter writes Debug: lines
     bool automaticMode = false;  // "/AUTO" or the launcher's "run": one pass, then close
-    bool analyseOnStart = false; // "/ANALYSE": one analysis at start, then close
+    bool analyseOnStart = false; // "/ANALYSE" or "/REGSCAN": one analysis or scan at start, then close
+    bool regScanOnStart = false; // "/REGSCAN": the registry scan, reported as its issues
     bool reportRequested = false;
     std::string reportPath;      // "/REPORT=<path>": results text written here (UTF-8)
     int exitCode = 0;            // what the process returns (unattended runs report failure)

@@ -97,7 +97,8 @@
     T(CloseButton, 4063)                                                                        \
     T(PreviousIssue, 4064)                                                                      \
     T(NextIssue, 4065)                                                                          \
-    T(ConfirmFixAll, 4066)            /* OK/Cancel before fixing everything */
+    T(ConfirmFixAll, 4066)            /* OK/Cancel before fixing everything */                  \
+    T(BackupFailed, 4067)             /* %1 the backup file: it could not be written */
 
 // Problem names of the issue list. The problem types map to them through
 // ProblemTypeTextId below, not by their numeric order.

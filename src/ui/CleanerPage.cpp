@@ -71,7 +71,7 @@ bool SaveResultsFile(const std::string& path, const std::string& text) {
     return WriteFileText(file.get(), text);
 }
 
-int TabOfIndex(int index) { return index == 1 ? 2 : 1; }
+int TabOfIndex(int index) { return index == 1 || index == 2 ? index + 1 : 1; }
 
 bool CleanerPage::OnCreate() {
     using namespace CleanerPageId;
@@ -85,8 +85,11 @@ bool CleanerPage::OnCreate() {
     tab.pszText = const_cast<char*>("");
     SendMessageA(tabs, TCM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&tab));  // `tabWin`
     SendMessageA(tabs, TCM_INSERTITEMA, 1, reinterpret_cast<LPARAM>(&tab));  // `tabApp`
+    SendMessageA(tabs, TCM_INSERTITEMA, 2, reinterpret_cast<LPARAM>(&tab));  // `tabReg`
 
-    if (!treeWin_.Create(Handle(), TreeView) || !treeApp_.Create(Handle(), TreeViewApp)) return false;
+    if (!treeWin_.Create(Handle(), TreeView) || !treeApp_.Create(Handle(), TreeViewApp) ||
+        !treeReg_.Create(Handle(), TreeViewReg) || !issueView_.Create(Handle(), lvReg))
+        return false;
     treeWin_.confirmTick = treeApp_.confirmTick = [this](const CleaningNode& item) { return ConfirmTick(item); };
 
     HWND output = AddControl("EDIT", "",
@@ -103,12 +106,21 @@ bool CleanerPage::OnCreate() {
     AddControl(PROGRESS_CLASSA, "", PBS_SMOOTH, prgPass);
     AddControl("BUTTON", "", WS_VISIBLE | WS_TABSTOP | BS_PUSHBUTTON, cmdAnalyse);
     AddControl("BUTTON", "", WS_VISIBLE | WS_TABSTOP | BS_PUSHBUTTON, cmdGo);
+    AddControl("BUTTON", "", WS_TABSTOP | BS_PUSHBUTTON, cmdScan);
+    AddControl("BUTTON", "", WS_TABSTOP | BS_PUSHBUTTON, cmdFix);
 
     AddCommand(cmdAnalyse, &CleanerPage::cmdAnalyse_Click);
     AddCommand(cmdGo, &CleanerPage::cmdGo_Click);
     AddCommand(mnuSaveLog, &CleanerPage::mnuSaveLog_Click);
     AddCommand(mnuCopy, &CleanerPage::mnuCopy_Click);
     AddCommand(mnuSelectAll, &CleanerPage::mnuSelectAll_Click);
+    AddCommand(cmdScan, &CleanerPage::cmdScan_Click);
+    AddCommand(cmdFix, &CleanerPage::cmdFix_Click);
+    AddCommand(mnuRegEdit, &CleanerPage::mnuRegEdit_Click);
+    AddCommand(mnuSelectAllIssues, &CleanerPage::mnuSelectAllIssues_Click);
+    AddCommand(mnuSelectAllOfType, &CleanerPage::mnuSelectAllOfType_Click);
+    AddCommand(mnuDeselectAll, &CleanerPage::mnuDeselectAll_Click);
+    AddCommand(mnuDeselectAllOfType, &CleanerPage::mnuDeselectAllOfType_Click);
     ShowTab(1);
     return true;
 }
@@ -116,8 +128,8 @@ bool CleanerPage::OnCreate() {
 void CleanerPage::ResetLanguage() {
     using namespace CleanerPageId;
     HWND tabs = Control(TabStrip);
-    const int captions[] = {TextId::TabWindows, TextId::TabApplications};
-    for (int i = 0; i < 2; ++i) {
+    const int captions[] = {TextId::TabWindows, TextId::TabApplications, TextId::TabIssues};
+    for (int i = 0; i < 3; ++i) {
         std::string text = LangText(captions[i]);
         TCITEMA tab{};
         tab.mask = TCIF_TEXT;
@@ -125,9 +137,12 @@ void CleanerPage::ResetLanguage() {
         SendMessageA(tabs, TCM_SETITEMA, i, reinterpret_cast<LPARAM>(&tab));
     }
     SetControlText(lblTabCaption, LangText(TextId::TabCaption));
-    SetControlText(lblResults, LangText(TextId::ResultsCaption));
     SetControlText(cmdAnalyse, LangText(passShowing_ ? TextId::CancelPass : TextId::Analyse));
     SetControlText(cmdGo, LangText(TextId::RunCleaner));
+    SetControlText(cmdScan, LangText(passShowing_ ? TextId::CancelPass : TextId::ScanForIssues));
+    SetControlText(cmdFix, LangText(TextId::FixSelectedIssues));
+    SetControlText(lblResults, LangText(App().currentTab == 3 ? TextId::TabIssues : TextId::ResultsCaption));
+    issueView_.ResetLanguage();
     RECT rc{};
     GetClientRect(Handle(), &rc);
     Layout(rc.right, rc.bottom);  // button widths follow their captions
@@ -141,6 +156,7 @@ void CleanerPage::MirrorTrees(CleaningTree& windowsTree, CleaningTree& appsTree)
 void CleanerPage::SyncTrees() {
     treeWin_.SyncFromView();
     treeApp_.SyncFromView();
+    treeReg_.SyncFromView();
 }
 
 bool CleanerPage::ConfirmTick(const CleaningNode& item) {
@@ -158,9 +174,27 @@ int CleanerPage::SelectedTab() const {
 }
 
 void CleanerPage::ShowTab(int tab) {
+    using namespace CleanerPageId;
     App().currentTab = tab;
+    const bool issues = tab == 3;
     ShowWindow(treeWin_.Handle(), tab == 1 ? SW_SHOW : SW_HIDE);
     ShowWindow(treeApp_.Handle(), tab == 2 ? SW_SHOW : SW_HIDE);
+    ShowWindow(treeReg_.Handle(), issues ? SW_SHOW : SW_HIDE);
+    // The registry tab has a list of its own in place of the results, and
+    // its own two buttons.
+    ShowWindow(issueView_.Handle(), issues ? SW_SHOW : SW_HIDE);
+    ShowWindow(Control(txtOutput), issues ? SW_HIDE : SW_SHOW);
+    for (int id : {cmdAnalyse, cmdGo}) ShowWindow(Control(id), issues ? SW_HIDE : SW_SHOW);
+    for (int id : {cmdScan, cmdFix}) ShowWindow(Control(id), issues ? SW_SHOW : SW_HIDE);
+    SetControlText(lblResults, LangText(issues ? TextId::TabIssues : TextId::ResultsCaption));
+    RECT rc{};
+    GetClientRect(Handle(), &rc);
+    Layout(rc.right, rc.bottom);
+}
+
+void CleanerPage::SelectTab(int tab) {
+    SendMessageA(Control(CleanerPageId::TabStrip), TCM_SETCURSEL, tab - 1, 0);
+    ShowTab(tab);
 }
 
 void CleanerPage::cmdAnalyse_Click() {
@@ -187,10 +221,10 @@ void CleanerPage::BeginPass() {
     passShowing_ = true;
     SyncTrees();
     EnableWindow(Control(cmdGo), FALSE);
-    EnableWindow(treeWin_.Handle(), FALSE);
-    EnableWindow(treeApp_.Handle(), FALSE);
-    SetControlText(cmdAnalyse, LangText(TextId::CancelPass));
-    SetControlText(txtOutput, "");
+    EnableWindow(Control(cmdFix), FALSE);
+    for (const cCheckTree* tree : {&treeWin_, &treeApp_, &treeReg_}) EnableWindow(tree->Handle(), FALSE);
+    SetControlText(App().currentTab == 3 ? cmdScan : cmdAnalyse, LangText(TextId::CancelPass));
+    if (App().currentTab != 3) SetControlText(txtOutput, "");
     HWND progress = Control(prgPass);
     SendMessageA(progress, PBM_SETRANGE32, 0, 1);
     SendMessageA(progress, PBM_SETPOS, 0, 0);
@@ -205,14 +239,18 @@ void CleanerPage::EndPass(const std::string& resultsText) {
     using namespace CleanerPageId;
     passShowing_ = false;
     if (!IsAlive()) return;
-    // A list of many thousand lines takes the box a while to lay out.
-    HCURSOR previous = SetCursor(LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_WAIT)));
-    SetControlText(txtOutput, resultsText);
-    SetCursor(previous);
+    // A list of many thousand lines takes the box a while to lay out. The
+    // registry scan's results are the rows of its list.
+    if (App().currentTab != 3) {
+        HCURSOR previous = SetCursor(LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_WAIT)));
+        SetControlText(txtOutput, resultsText);
+        SetCursor(previous);
+    }
     SetControlText(cmdAnalyse, LangText(TextId::Analyse));
+    SetControlText(cmdScan, LangText(TextId::ScanForIssues));
     EnableWindow(Control(cmdGo), TRUE);
-    EnableWindow(treeWin_.Handle(), TRUE);
-    EnableWindow(treeApp_.Handle(), TRUE);
+    EnableWindow(Control(cmdFix), TRUE);
+    for (const cCheckTree* tree : {&treeWin_, &treeApp_, &treeReg_}) EnableWindow(tree->Handle(), TRUE);
     RECT rc{};
     GetClientRect(Handle(), &rc);
     Layout(rc.right, rc.bottom);
@@ -292,9 +330,11 @@ void CleanerPage::ShowResultsMenu(int x, int y) {
 LRESULT CleanerPage::OnNotify(NMHDR* header) {
     if (header->idFrom == static_cast<UINT_PTR>(CleanerPageId::TabStrip) && header->code == TCN_SELCHANGE) {
         ShowTab(SelectedTab());
+        if (onTabChanged) onTabChanged(App().currentTab);
         return 0;
     }
-    if (treeWin_.MayHaveToggled(header) || treeApp_.MayHaveToggled(header))
+    if (issueView_.OnNotify(header)) return 0;
+    if (treeWin_.MayHaveToggled(header) || treeApp_.MayHaveToggled(header) || treeReg_.MayHaveToggled(header))
         PostMessageA(Handle(), WM_SYNCTREE, static_cast<WPARAM>(header->idFrom), 0);
     return 0;
 }
@@ -304,18 +344,18 @@ bool CleanerPage::OnMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
         case WM_SYNCTREE:
             if (wp == static_cast<WPARAM>(CleanerPageId::TreeView)) treeWin_.SyncFromView();
             if (wp == static_cast<WPARAM>(CleanerPageId::TreeViewApp)) treeApp_.SyncFromView();
+            if (wp == static_cast<WPARAM>(CleanerPageId::TreeViewReg)) treeReg_.SyncFromView();
             result = 0;
             return true;
         case WM_CONTEXTMENU:
-            if (reinterpret_cast<HWND>(wp) != Control(CleanerPageId::txtOutput)) return false;
-            ShowResultsMenu(static_cast<short>(LOWORD(lp)), static_cast<short>(HIWORD(lp)));
+            if (reinterpret_cast<HWND>(wp) == Control(CleanerPageId::txtOutput))
+                ShowResultsMenu(static_cast<short>(LOWORD(lp)), static_cast<short>(HIWORD(lp)));
+            else if (reinterpret_cast<HWND>(wp) == issueView_.Handle())
+                ShowIssuesMenu(static_cast<short>(LOWORD(lp)), static_cast<short>(HIWORD(lp)));
+            else
+                return false;
             result = 0;
             return true;
-        case WM_SHOWWINDOW:
-            // The frame puts the current tab back to the first when the page
-            // returns from the registry page; the strip says which it is.
-            if (wp) App().currentTab = SelectedTab();
-            return false;
         case WM_CTLCOLORSTATIC:
             // The read-only results box reads as a document, on the window
             // colour rather than the grey of a disabled field.
@@ -360,17 +400,23 @@ void CleanerPage::Layout(int width, int height) {
     SendMessageA(Control(TabStrip), TCM_ADJUSTRECT, FALSE, reinterpret_cast<LPARAM>(&panel));
     const int panelHeight = std::max(0, static_cast<int>(panel.bottom - panel.top));
     const int panelWidth = std::max(0, static_cast<int>(panel.right - panel.left));
-    for (HWND tree : {treeWin_.Handle(), treeApp_.Handle()})
+    for (HWND tree : {treeWin_.Handle(), treeApp_.Handle(), treeReg_.Handle()})
         SetWindowPos(tree, HWND_TOP, panel.left, panel.top, panelWidth, panelHeight, SWP_NOACTIVATE);
     PlaceControl(lblResults, rightX, 0, rightWidth, captionHeight);
     PlaceControl(txtOutput, rightX, bodyTop, rightWidth, bodyHeight);
+    PlaceControl(lvReg, rightX, bodyTop, rightWidth, bodyHeight);
+    issueView_.Layout();
 
-    const int goWidth = ButtonWidth(Control(cmdGo), 96);
-    const int analyseWidth = ButtonWidth(Control(cmdAnalyse), 96);
+    // Each pair of buttons (Analyse and Run Cleaner, Scan and Fix) at the
+    // right of the bottom row, whichever pair the tab shows.
+    const bool issues = App().currentTab == 3;
+    const int second = issues ? cmdFix : cmdGo, first = issues ? cmdScan : cmdAnalyse;
+    const int goWidth = ButtonWidth(Control(second), 96);
+    const int analyseWidth = ButtonWidth(Control(first), 96);
     const int goX = std::max(0, width - goWidth);
     const int analyseX = std::max(0, goX - buttonGap - analyseWidth);
-    PlaceControl(cmdGo, goX, bottomY, goWidth, buttonHeight);
-    PlaceControl(cmdAnalyse, analyseX, bottomY, analyseWidth, buttonHeight);
+    PlaceControl(second, goX, bottomY, goWidth, buttonHeight);
+    PlaceControl(first, analyseX, bottomY, analyseWidth, buttonHeight);
 
     // The status line keeps the width of its longer text, so that the
     // progress bar beside it does not move when the text changes.

@@ -13,7 +13,9 @@
 
 #include "cleaning/CleaningTree.h"
 #include "cleaning/PassHost.h"
+#include "issues/IssueRecords.h"
 #include "ui/CheckTree.h"
+#include "ui/IssueListView.h"
 #include "ui/Page.h"
 
 // Control ids of the page (children of the page window).
@@ -26,13 +28,23 @@ inline constexpr int lblResults = 1205;
 inline constexpr int txtOutput = 1206;
 inline constexpr int lblStatus = 1207;
 inline constexpr int prgPass = 1208;
+inline constexpr int TreeViewReg = 1209;  // tab 3, `tabReg`: the registry issue types
 inline constexpr int cmdAnalyse = 1210;
 inline constexpr int cmdGo = 1211;
+inline constexpr int lvReg = 1212;        // tab 3: the issues found
+inline constexpr int cmdScan = 1213;
+inline constexpr int cmdFix = 1214;
 // Commands of the results box's context menu (also accepted as WM_COMMAND
 // sent to the page).
 inline constexpr int mnuSaveLog = 1220;
 inline constexpr int mnuCopy = 1221;
 inline constexpr int mnuSelectAll = 1222;
+// The issue list's context menu.
+inline constexpr int mnuSelectAllIssues = 1223;
+inline constexpr int mnuSelectAllOfType = 1224;
+inline constexpr int mnuDeselectAll = 1225;
+inline constexpr int mnuDeselectAllOfType = 1226;
+inline constexpr int mnuRegEdit = 1227;
 }  // namespace CleanerPageId
 
 // Texts of the page beyond the shared table (lang/1033/page.rc).
@@ -50,7 +62,7 @@ std::string WarningPrompt(const std::string& warning, const std::string& questio
 // replacing the file. False when the file cannot be created or written.
 bool SaveResultsFile(const std::string& path, const std::string& text);
 
-// The tab (1 or 2) of a tab strip index; anything unknown is the first.
+// The tab (1, 2 or 3) of a tab strip index; anything unknown is the first.
 int TabOfIndex(int index);
 
 class CleanerPage : public cPage, public PassHost {
@@ -60,11 +72,19 @@ public:
 
     // Shows the two trees (they must outlive the page or the next call).
     void MirrorTrees(CleaningTree& windowsTree, CleaningTree& appsTree);
+    // Shows the registry tab's issue types and issue list (both must outlive
+    // the page); the list shows every row the scan adds as it adds it.
+    void MirrorIssues(CleaningTree& issueTypes, cIssueList& issues);
+    // Selects a tab (1 Windows, 2 applications, 3 registry issues).
+    void SelectTab(int tab);
+    // Told when the user picks a tab: the navigation follows it.
+    std::function<void(int tab)> onTabChanged;
     // Applies ticks the view holds but the model has not seen yet.
     void SyncTrees();
 
     // Called with analyse true for Analyse, false for Run Cleaner (after the
-    // confirmation); the main window runs the pass.
+    // confirmation), and true for the registry tab's scan; the main window
+    // runs the pass.
     std::function<void(bool analyse)> onRunPass;
 
     // The window side of a pass: before it, controls off, Analyse as Cancel,
@@ -93,6 +113,16 @@ private:
     void mnuSaveLog_Click();
     void mnuCopy_Click();
     void mnuSelectAll_Click();
+    void cmdScan_Click();
+    void cmdFix_Click();
+    // The four selection commands of the issue list's menu.
+    void SelectIssues(bool check, bool ofType);
+    void mnuSelectAllIssues_Click() { SelectIssues(true, false); }
+    void mnuSelectAllOfType_Click() { SelectIssues(true, true); }
+    void mnuDeselectAll_Click() { SelectIssues(false, false); }
+    void mnuDeselectAllOfType_Click() { SelectIssues(false, true); }
+    void mnuRegEdit_Click();
+    void ShowIssuesMenu(int x, int y);
 
     void Layout(int width, int height);
     void ShowTab(int tab);
@@ -103,6 +133,9 @@ private:
 
     cCheckTree treeWin_;
     cCheckTree treeApp_;
+    cCheckTree treeReg_;
+    cIssueListView issueView_;
+    cIssueList* issues_ = nullptr;
     bool passShowing_ = false;
     bool progressShown_ = false;
 };

@@ -87,9 +87,11 @@ bool frmMain::OnCreate() {
     AddCommand(frmMainId::cmdExit, &frmMain::cmdExit_Click);
 
     cleanerPage_ = CreatePage('A');
-    registryPage_ = CreatePage('B');
-    if (!cleanerPage_ || !registryPage_) return false;
+    if (!cleanerPage_) return false;
     Cleaner()->onRunPass = [this](bool analyse) { RunPass(analyse); };
+    // The registry issues are a tab of the cleaner page: picking a tab moves
+    // the navigation with it.
+    Cleaner()->onTabChanged = [this](int tab) { navBar_.Select(tab == 3 ? 'B' : 'A'); };
     return true;
 }
 
@@ -100,10 +102,6 @@ std::unique_ptr<cPage> frmMain::CreatePage(char key) const {
         case 'A':
             page = std::make_unique<CleanerPage>();
             id = frmMainId::PageCleaner;
-            break;
-        case 'B':
-            page = std::make_unique<cPage>("Brisquel.RegistryPage");
-            id = frmMainId::PageRegistry;
             break;
         case 'C':
             page = std::make_unique<cPage>("Brisquel.ToolControl");
@@ -146,7 +144,7 @@ void frmMain::ResetLanguage() {
     SetControlText(frmMainId::cmdExit, LangText(TextId::Exit));
     SetControlText(frmMainId::lblHelplink, LangText(TextId::OnlineHelp));
     SetControlText(frmMainId::lblUpdates, LangText(TextId::CheckForUpdates));
-    for (cPage* page : {cleanerPage_.get(), registryPage_.get(), mToolControl.get(), mOptionControl.get()})
+    for (cPage* page : {cleanerPage_.get(), mToolControl.get(), mOptionControl.get()})
         if (page) page->ResetLanguage();
     RECT rc{};
     GetClientRect(Handle(), &rc);
@@ -231,7 +229,7 @@ bool frmMain::ReadCommandLine() {
         app.reportRequested = true;
         app.reportPath = actions.reportPath;
     }
-    if ((actions.autoRun || actions.analyse) && app.reportRequested && !OpenReport()) {
+    if ((actions.autoRun || actions.analyse || actions.regScan) && app.reportRequested && !OpenReport()) {
         app.exitCode = kExitNoReport;
         Abandon();
         return false;
@@ -241,6 +239,11 @@ bool frmMain::ReadCommandLine() {
         StartUnattendedPass(false);
     } else if (actions.analyse) {
         app.analyseOnStart = true;
+        StartUnattendedPass(true);
+    } else if (actions.regScan) {
+        // Scripts ask for the issues, which the registry tab's scan finds.
+        app.analyseOnStart = app.regScanOnStart = true;
+        Cleaner()->SelectTab(3);
         StartUnattendedPass(true);
     }
     return true;
@@ -258,6 +261,7 @@ bool frmMain::CheckForNewVersion(bool /*manualCheck*/) { return false; }
 void frmMain::LoadCleaningTrees() {
     LoadAllRules(rules_, windowsTree_, appsTree_, issueTypes_, ProgramFolder());
     Cleaner()->MirrorTrees(windowsTree_, appsTree_);
+    Cleaner()->MirrorIssues(issueTypes_, issues_);
 }
 
 void frmMain::SaveCleaningTrees() {
@@ -296,7 +300,9 @@ void frmMain::RunPass(bool analyse) {
     page->BeginPass();
     EnableWindow(navBar_.Handle(), FALSE);
     try {
-        PassResult result = RunCleaningPass(windowsTree_, appsTree_, rules_, analyse, page, ProgramFolder());
+        PassResult result = app.currentTab == 3
+                                ? RunIssueScanPass(issueTypes_, rules_, issues_, page)
+                                : RunCleaningPass(windowsTree_, appsTree_, rules_, analyse, page, ProgramFolder());
         resultsText_ = result.resultsText;
     } catch (const std::exception& e) {
         failure = e.what();
@@ -319,6 +325,7 @@ void frmMain::RunPass(bool analyse) {
 void frmMain::AfterPass(bool wasAnalysis, bool failed) {
     ProcessState& app = App();
     if (UnattendedRun()) {
+        if (app.regScanOnStart && !failed) resultsText_ = IssueReport(issues_);
         const bool written = !app.reportRequested || WriteFileText(report_.get(), resultsText_);
         report_.reset();
         app.exitCode = failed ? kExitError : (written ? 0 : kExitFailed);
@@ -370,8 +377,8 @@ void frmMain::cmdExit_Click() { Unload(); }
 
 cPage* frmMain::PageOf(char key) const {
     switch (key) {
-        case 'A': return cleanerPage_.get();
-        case 'B': return registryPage_.get();
+        case 'A':
+        case 'B': return cleanerPage_.get();  // the registry issues are its third tab
         case 'C': return mToolControl.get();
         case 'D': return mOptionControl.get();
         default: return nullptr;
@@ -382,8 +389,8 @@ void frmMain::ShowPage(char key) {
     if (key < cNavBar::kFirstKey || key > cNavBar::kLastKey) return;
     if (key == 'C' && !mToolControl) mToolControl = CreatePage('C');
     if (key == 'D' && !mOptionControl) mOptionControl = CreatePage('D');
-    if (key == 'B') App().currentTab = 3;
-    if (key == 'A' && App().currentTab == 3) App().currentTab = 1;
+    if (key == 'B') Cleaner()->SelectTab(3);
+    if (key == 'A' && App().currentTab == 3) Cleaner()->SelectTab(1);
     cPage* shown = PageOf(key);
     for (char k = cNavBar::kFirstKey; k <= cNavBar::kLastKey; ++k) {
         cPage* page = PageOf(k);

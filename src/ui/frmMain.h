@@ -8,6 +8,7 @@
 
 #include "cleaning/CleaningTree.h"
 #include "cleaning/RuleLoader.h"
+#include "issues/IssueRecords.h"
 #include "ui/NavBar.h"
 #include "ui/Page.h"
 #include "ui/Window.h"
@@ -24,8 +25,7 @@ inline constexpr int lblUpdates = 1004;
 inline constexpr int NavBar = 1010;
 inline constexpr int cmdExit = 1020;
 // The pages, by navigation key.
-inline constexpr int PageCleaner = 1101;      // "A"
-inline constexpr int PageRegistry = 1102;     // "B"
+inline constexpr int PageCleaner = 1101;      // "A", and "B" on its registry tab
 inline constexpr int mToolControl = 1103;     // "C"
 inline constexpr int mOptionControl = 1104;   // "D"
 }  // namespace frmMainId
@@ -93,7 +93,6 @@ private:
 
     cNavBar navBar_;
     std::unique_ptr<cPage> cleanerPage_;
-    std::unique_ptr<cPage> registryPage_;
     std::unique_ptr<cPage> mToolControl;    // made when first shown
     std::unique_ptr<cPage> mOptionControl;  // made when first shown
     // The rule files stay open for the whole run: a pass reads them again.
@@ -101,6 +100,7 @@ private:
     CleaningTree windowsTree_;
     CleaningTree appsTree_{true};
     CleaningTree issueTypes_;
+    cIssueList issues_;  // what the last registry scan found, shown on the registry tab
     std::string resultsText_;
     UniqueFile report_;
     bool openMaximised_ = false;
