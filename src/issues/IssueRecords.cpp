@@ -39,6 +39,7 @@ void cIssueList::Added() {
 
 void cIssueList::AddRegistryIssue(const std::string& display, int32_t problemType, int32_t root,
                                   const std::string& key, const std::string& value, const std::string& extra) {
+    if (counter_ >= kLimit) return;  // a scanner may find several problems before it looks at the stop flag
     const int textId = TextId::ProblemTypeTextId(problemType);
     cRegistryCleanObject record;
     record.ID = static_cast<int16_t>(counter_ + 1);

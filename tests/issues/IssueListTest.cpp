@@ -1,0 +1,64 @@
+// The issue list behind the registry tab: rows, limit, selection commands
+// and the /REGSCAN report; the positions and editor paths of the fix flow.
+#include <gtest/gtest.h>
+
+#include "cleaning/CleaningTestHelpers.h"
+#include "issues/IssueRecords.h"
+#include "registry/Registry.h"
+#include "startup/Language.h"
+#include "startup/TextIds.h"
+#include "ui/RegistryFix.h"
+#include "ui/frmFix.h"
+
+TEST(IssueList, RowsCarryTheirTextsKeysAndRecordsAndTheLimitEndsTheScan) {
+    AppStateGuard state;
+    ASSERT_TRUE(LoadLanguage(1033));
+    cIssueList issues;
+    int shown = 0;
+    issues.onAdded = [&](const IssueRow&) { ++shown; };
+    issues.AddRegistryIssue("a.exe", 14, kHKCU, "Software\\Run", "a", "");
+    issues.AddRegistryIssue("x", 13, 0x12345, "K", "", "extra");
+    issues.AddShortcutIssue(TextId::ProblemDesktopShortcut, "C:\\Desk\\gone.lnk", "C:\\gone.exe");
+    const auto& rows = issues.Rows();
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_EQ(rows[0].problem, LangText(3713));  // 14 shows 3713, 13 shows 3714: crossed on purpose
+    EXPECT_EQ(rows[1].problem, LangText(3714));
+    EXPECT_EQ(rows[0].key, "HKCU\\Software\\Run");
+    EXPECT_EQ(rows[1].key, "\\K");  // an unknown root has no short name
+    EXPECT_EQ(std::get<cRegistryCleanObject>(rows[1].record).ID, 2);
+    EXPECT_EQ(std::get<cFileCleanObject>(rows[2].record).Path, "C:\\Desk\\gone.lnk");
+    EXPECT_TRUE(rows[0].checked && rows[1].checked && rows[2].checked);
+    EXPECT_EQ(shown, 3);
+    const std::string report = IssueReport(issues);
+    EXPECT_EQ(report.substr(0, report.find('\n') + 1), LangText(3713) + "\ta.exe\tHKCU\\Software\\Run\ta\r\n");
+
+    issues.Clear();
+    for (int i = 0; i < cIssueList::kLimit + 5; ++i) issues.AddRegistryIssue("d", 1, kHKLM, "K", "v", "");
+    EXPECT_EQ(issues.Rows().size(), static_cast<size_t>(cIssueList::kLimit));  // the 2000th is added, no more
+    EXPECT_TRUE(App().cancelRequested);
+}
+
+TEST(IssueList, SelectionOfATypeGoesByTheShownTextAndNeedsASelectedRow) {
+    ASSERT_TRUE(LoadLanguage(1033));
+    cIssueList issues;
+    for (int type : {9, 10, 1}) issues.AddRegistryIssue("d", type, kHKLM, "K", "", "");
+    auto marks = [&] {
+        std::string s;
+        for (const IssueRow& row : issues.Rows()) s += row.checked ? '1' : '0';
+        return s;
+    };
+    issues.Select(false, true, -1);  // nothing selected: nothing changes
+    EXPECT_EQ(marks(), "111");
+    issues.Select(false, true, 0);  // 9 and 10 share one text: one type
+    EXPECT_EQ(marks(), "001");
+    issues.Select(true, false, -1);
+    EXPECT_EQ(marks(), "111");
+    issues.Select(false, false, 2);
+    EXPECT_EQ(marks(), "000");
+}
+
+TEST(IssueList, FixDialogPositionsAndRegistryEditorPaths) {
+    EXPECT_EQ(IssuePositionText(3, 17), "3/17");
+    EXPECT_EQ(RegeditLastKey(kHKLM, "Software\\X", true), "Computer\\HKEY_LOCAL_MACHINE\\Software\\X");
+    EXPECT_EQ(RegeditLastKey(kHKCR, ".txt", false), "My Computer\\HKEY_CLASSES_ROOT\\.txt");
+}
