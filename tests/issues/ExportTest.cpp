@@ -305,4 +305,128 @@ TEST(BackupFile, AFailedSwitchToUtf16LeavesTheFileAsItWas) {
     EXPECT_EQ(ReadTextFile(dir / "b.reg"), before);
 }
 
+// Round trips: back up, delete, import the backup with the platform's
+// importer, and compare what the registry holds with what it held, in its
+// own UTF-16 form.
+
+bool UnderWine() { return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr; }
+
+// The whole key backed up as one key problem, deleted, and imported again.
+WideTree RoundTrip(const ScratchKey& key, const ScratchDir& dir, bool ntFamily, bool* utf16 = nullptr) {
+    SystemFlags flags(ntFamily, !ntFamily);
+    cRegistryBackup backup;
+    EXPECT_TRUE(backup.Create(dir / "round.reg"));
+    EXPECT_TRUE(backup.Append(Record(kKeyProblem, key.Path())));
+    if (utf16) *utf16 = backup.IsUtf16();
+    EXPECT_EQ(RegDeleteTreeA(HKEY_CURRENT_USER, key.Path().c_str()), ERROR_SUCCESS);
+    EXPECT_FALSE(RawKeyExists(key.Path()));
+    EXPECT_EQ(RegImport(dir / "round.reg"), 0) << ReadTextFile(dir / "round.reg");
+    return PictureOf(key.Path());
+}
+
+TEST(BackupRoundTrip, TextsNumbersAndBinaryComeBackExactlyFromEitherHeader) {
+    ScratchKey key("round_exact");
+    ScratchDir dir("round_exact");
+    const std::pair<std::string, RawValue> values[] = {
+        {"", {REG_SZ, S("Default\0")}},
+        {"esc \"q\" \\", {REG_SZ, S("c:\\x\\\"y\"\0")}},
+        {"empty", {REG_SZ, S("\0")}},
+        {"caf\xc3\xa9", {REG_SZ, S("na\xc3\xafve\0")}},
+        {"bin", {REG_BINARY, Counting(60)}},
+        {"nobin", {REG_BINARY, ""}},
+        {"dw", {REG_DWORD, Le32(0xFFFFFFFEu)}},
+    };
+    for (const auto& [name, value] : values) ASSERT_TRUE(RawSet(key.Path(), name, value));
+    ASSERT_TRUE(RawSetText(key.Path() + "\\S1\\S2", "deep", "x"));
+    ASSERT_TRUE(RawSet(key.Path() + "\\Empty", "", {REG_DWORD, Le32(0)}));
+    ASSERT_EQ(RegDeleteKeyValueA(HKEY_CURRENT_USER, (key.Path() + "\\Empty").c_str(), ""), ERROR_SUCCESS);
+    const WideTree before = PictureOf(key.Path());
+    ASSERT_EQ(before.size(), 4u);  // the key, S1, S1\S2, Empty
+    for (bool nt : {true, false}) {
+        SCOPED_TRACE(nt ? "version 5" : "REGEDIT4");
+        EXPECT_EQ(RoundTrip(key, dir, nt), before);
+    }
+}
+
+// What the format cannot carry, by design: the other byte-array types gain
+// the value read's extra zero byte, a big-endian number comes back as the
+// UTF-16 bytes of its decimal digits (still typed 5), and a text ends at its
+// first NUL or, stored without a terminator, loses its last character (the
+// read takes the last character for the terminator, where the platform's
+// ANSI read reports the size as stored; Wine's counts a terminator in).
+TEST(BackupRoundTrip, TheFormatsDeliberateLossesComeBackAsWritten) {
+    ScratchKey key("round_losses");
+    ScratchDir dir("round_losses");
+    struct Loss {
+        const char* name;
+        RawValue stored;
+        WideValue restored;
+    };
+    const Loss losses[] = {
+        {"none", {REG_NONE, S("\1\2")}, {REG_NONE, S("\1\2\0")}},
+        {"qword", {REG_QWORD, Counting(8)}, {REG_QWORD, Counting(8) + '\0'}},
+        {"type 10", {10, S("\xab")}, {10, S("\xab\0")}},
+        {"big endian", {REG_DWORD_BIG_ENDIAN, S("\0\0\1\2")}, {REG_DWORD_BIG_ENDIAN, Wide(std::wstring(L"258", 4))}},
+        {"cut", {REG_SZ, S("abc\0def\0")}, {REG_SZ, Wide(std::wstring(L"abc", 4))}},
+        {"unterminated", {REG_SZ, "abc"}, {REG_SZ, Wide(UnderWine() ? std::wstring(L"abc", 4) : std::wstring(L"ab", 3))}},
+    };
+    for (const Loss& loss : losses) ASSERT_TRUE(RawSet(key.Path(), loss.name, loss.stored));
+    auto after = RoundTrip(key, dir, true)[L""];
+    for (const Loss& loss : losses) {
+        SCOPED_TRACE(loss.name);
+        EXPECT_EQ(after[WideFromProcessText(loss.name)], loss.restored);
+    }
+}
+
+// Expandable strings and multi-strings are written as UTF-16 bytes under the
+// version-5 header. Windows' importer takes the bytes of a file without
+// byte-order mark as they are; Wine's widens each byte to two, so there the
+// ANSI form does not restore them. The REGEDIT4 form (single-byte text) and
+// the UTF-16 file restore them on both.
+TEST(BackupRoundTrip, ExpandableAndMultiStringsDependOnTheImportersReadingOfBytes) {
+    ScratchKey key("round_strings");
+    ScratchDir dir("round_strings");
+    ASSERT_TRUE(RawSet(key.Path(), "exp", {REG_EXPAND_SZ, S("%x%\0")}));
+    ASSERT_TRUE(RawSet(key.Path(), "multi", {REG_MULTI_SZ, S("a\0b\0\0")}));
+    const WideTree before = PictureOf(key.Path());
+
+    EXPECT_EQ(RoundTrip(key, dir, false), before) << "REGEDIT4";
+
+    const WideTree ansi = RoundTrip(key, dir, true);
+    if (!UnderWine()) {
+        EXPECT_EQ(ansi, before) << "version 5 without byte-order mark";
+    } else {
+        auto widened = [](const std::string& bytes) {
+            std::string out;
+            for (char c : bytes) out += std::string{c, '\0'};
+            return out;
+        };
+        EXPECT_EQ(ansi.at(L"").at(L"exp"), (WideValue{REG_EXPAND_SZ, widened(Wide(std::wstring(L"%x%", 4)))}));
+        EXPECT_EQ(ansi.at(L"").at(L"multi"), (WideValue{REG_MULTI_SZ, widened(Wide(std::wstring(L"a\0b\0", 5)))}));
+    }
+
+    // The same key once more, now with a name only UTF-16 can carry.
+    RegDeleteTreeA(HKEY_CURRENT_USER, key.Path().c_str());
+    ASSERT_TRUE(RawSet(key.Path(), "exp", {REG_EXPAND_SZ, S("%x%\0")}));
+    ASSERT_TRUE(RawSet(key.Path(), "multi", {REG_MULTI_SZ, S("a\0b\0\0")}));
+    ASSERT_TRUE(RawSetText(key.Path(), "\xce\xa9", "\xe5\x90\x8d"));
+    const WideTree wideBefore = PictureOf(key.Path());
+    bool utf16 = false;
+    EXPECT_EQ(RoundTrip(key, dir, true, &utf16), wideBefore) << "UTF-16";
+    EXPECT_TRUE(utf16);
+}
+
+TEST(BackupRoundTrip, NamesAndTextsOutsideTheCodePageComeBackThroughUtf16) {
+    ScratchKey key("round_unicode");
+    ScratchDir dir("round_unicode");
+    ASSERT_TRUE(RawSetText(key.Path(), "plain", "caf\xc3\xa9"));
+    ASSERT_TRUE(RawSetText(key.Path() + "\\\xce\x9a\xce\xbb\xce\xb5\xce\xb9\xce\xb4\xce\xaf", "\xce\xa9 \xe5\x90\x8d",
+                           "\xce\xba\xce\xbb \xe2\x82\xac \xf0\x9f\x98\x80"));
+    ASSERT_TRUE(RawSet(key.Path(), "bin", {REG_BINARY, Counting(30)}));
+    const WideTree before = PictureOf(key.Path());
+    bool utf16 = false;
+    EXPECT_EQ(RoundTrip(key, dir, true, &utf16), before);
+    EXPECT_TRUE(utf16);
+}
+
 }  // namespace

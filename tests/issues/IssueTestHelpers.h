@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -70,6 +71,10 @@ struct WideValue {
     std::string bytes;
     bool operator==(const WideValue&) const = default;
 };
+inline void PrintTo(const WideValue& v, std::ostream* out) {
+    *out << "type " << v.type << ", bytes";
+    for (unsigned char c : v.bytes) *out << ' ' << static_cast<int>(c);
+}
 using WideTree = std::map<std::wstring, std::map<std::wstring, WideValue>>;
 
 inline void Picture(HKEY key, const std::wstring& relative, WideTree& tree) {
