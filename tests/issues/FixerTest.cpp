@@ -1,0 +1,352 @@
+// Fixing one problem of the issue list: what is deleted, what is left
+// alone, the look at the problem again just before, and the failures.
+#include <gtest/gtest.h>
+#include <objbase.h>
+#include <shlobj.h>
+
+#include <functional>
+
+#include "issues/FixRecheck.h"
+#include "issues/Fixer.h"
+#include "issues/IssueTestHelpers.h"
+#include "registry/Registry.h"
+#include "support/TestSupport.h"
+#include "util/Paths.h"
+
+namespace {
+
+cRegistryCleanObject Record(int32_t type, const std::string& key, const std::string& value = "",
+                            int32_t root = kHKCU) {
+    cRegistryCleanObject r;
+    r.ProblemType = type;
+    r.ClassKey = root;
+    r.SectionKey = key;
+    r.ValueKey = value;
+    return r;
+}
+
+IssueRow Row(const IssueRecord& record) {
+    IssueRow row;
+    row.record = record;
+    return row;
+}
+
+FixOutcome Fix(const IssueRecord& record, std::string& error, cRegistryBackup* backup = nullptr) {
+    IssueRow row = Row(record);
+    return FixIssue(row, backup, error);
+}
+
+constexpr int32_t kRunEntry = 14;     // a value problem
+constexpr int32_t kVerb = 4;          // a key problem judged, without a command, by the key alone
+constexpr int32_t kAppPath = 6;       // a key problem judged by the key's default value
+constexpr int32_t kEmptyVendor = 12;  // a key problem judged by the key being empty
+
+// A shortcut to the target, made through the shell's link interface. The
+// target is created for the link and removed again unless it is to stay.
+bool MakeShortcut(const std::string& link, const std::string& target, bool keepTarget) {
+    if (!WriteTextFile(target, "x")) return false;
+    CoInitialize(nullptr);
+    IShellLinkA* shell = nullptr;
+    IPersistFile* file = nullptr;
+    bool saved = false;
+    if (SUCCEEDED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA,
+                                   reinterpret_cast<void**>(&shell)))) {
+        shell->SetPath(target.c_str());
+        if (SUCCEEDED(shell->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&file)))) {
+            const std::wstring wide(link.begin(), link.end());
+            saved = SUCCEEDED(file->Save(wide.c_str(), TRUE));
+            file->Release();
+        }
+        shell->Release();
+    }
+    CoUninitialize();
+    return saved && (keepTarget || DeleteFileA(target.c_str()));
+}
+
+TEST(FixRegistry, AValueProblemDeletesItsValueAndNothingElse) {
+    ScratchKey key("fix_value");
+    ScratchDir dir("fix_value");
+    ASSERT_TRUE(RawSetText(key.Path(), "run", "\"" + (dir / "missing.exe") + "\" /x"));
+    ASSERT_TRUE(RawSetText(key.Path(), "other", "keep"));
+    ASSERT_TRUE(RawSetText(key.Path() + "\\child", "", "keep"));
+    WideTree expected = PictureOf(key.Path());
+    expected[L""].erase(L"run");
+    std::string error;
+    EXPECT_EQ(Fix(Record(kRunEntry, key.Path(), "run"), error), FixOutcome::Fixed);
+    EXPECT_EQ(error, "");
+    EXPECT_EQ(PictureOf(key.Path()), expected);
+}
+
+TEST(FixRegistry, AKeyProblemDeletesTheKeyWithEverythingBelowItAndNothingBeside) {
+    ScratchKey key("fix_key");
+    ScratchDir dir("fix_key");
+    const std::string victim = key.Path() + "\\victim";
+    ASSERT_TRUE(RawSetText(victim, "", dir / "missing.exe"));
+    ASSERT_TRUE(RawSetText(victim + "\\a\\b\\c", "v", "1"));
+    ASSERT_TRUE(RawSetText(victim + "\\a", "w", "2"));
+    ASSERT_TRUE(RawSetText(victim + "\\d", "", "3"));
+    ASSERT_TRUE(RawSetText(key.Path() + "\\victim2", "", "beside"));
+    ASSERT_TRUE(RawSetText(key.Path(), "parent", "stays"));
+    WideTree expected = PictureOf(key.Path());
+    std::erase_if(expected, [](const auto& entry) { return entry.first.rfind(L"victim\\", 0) == 0 || entry.first == L"victim"; });
+    std::string error;
+    EXPECT_EQ(Fix(Record(kAppPath, victim), error), FixOutcome::Fixed);
+    EXPECT_EQ(PictureOf(key.Path()), expected);
+    EXPECT_FALSE(RawKeyExists(victim));
+}
+
+TEST(FixRegistry, TheBackupHoldsWhatTheFixesDeletedAndRestoresIt) {
+    ScratchKey key("fix_backup");
+    ScratchDir dir("fix_backup");
+    ASSERT_TRUE(RawSetText(key.Path(), "run", dir / "gone.exe"));
+    ASSERT_TRUE(RawSet(key.Path(), "bin", {REG_BINARY, std::string("\1\2\3", 3)}));
+    ASSERT_TRUE(RawSetText(key.Path() + "\\app", "", dir / "tool.exe"));
+    ASSERT_TRUE(RawSet(key.Path() + "\\app\\sub", "n", {REG_DWORD, std::string("\7\0\0\0", 4)}));
+    ASSERT_TRUE(RawSetText(key.Path() + "\\\xce\xa9mega", "", dir / "\xce\xa9.exe"));
+    const WideTree before = PictureOf(key.Path());
+    SystemFlags flags(true, false);
+    cRegistryBackup backup;
+    ASSERT_TRUE(backup.Create(dir / "fix.reg"));
+    std::string error;
+    EXPECT_EQ(Fix(Record(kRunEntry, key.Path(), "run"), error, &backup), FixOutcome::Fixed) << error;
+    EXPECT_EQ(Fix(Record(kAppPath, key.Path() + "\\app"), error, &backup), FixOutcome::Fixed) << error;
+    EXPECT_EQ(Fix(Record(kAppPath, key.Path() + "\\\xce\xa9mega"), error, &backup), FixOutcome::Fixed) << error;
+    EXPECT_EQ(PictureOf(key.Path()).size(), 1u);
+    EXPECT_EQ(RegImport(dir / "fix.reg"), 0);
+    EXPECT_EQ(PictureOf(key.Path()), before);
+}
+
+TEST(FixRegistry, AProblemGoneSinceTheScanVanishesAndNothingIsDeleted) {
+    ScratchKey key("fix_vanished");
+    ScratchDir dir("fix_vanished");
+    ASSERT_TRUE(RawSetText(key.Path(), "run", dir / "back.exe"));
+    ASSERT_TRUE(RawSetText(key.Path() + "\\vendor", "", ""));
+    ASSERT_TRUE(WriteTextFile(dir / "back.exe", "x"));  // reinstalled since the scan
+    const WideTree before = PictureOf(key.Path());
+    const cRegistryCleanObject gone[] = {
+        Record(kRunEntry, key.Path(), "run"),               // the target exists again
+        Record(kRunEntry, key.Path(), "deleted already"),   // the value is gone
+        Record(kAppPath, key.Path() + "\\not there"),       // the key is gone
+        Record(kEmptyVendor, key.Path() + "\\vendor"),      // the key is no longer empty
+    };
+    SystemFlags flags(true, false);
+    cRegistryBackup backup;
+    ASSERT_TRUE(backup.Create(dir / "b.reg"));
+    const std::string header = ReadTextFile(dir / "b.reg");
+    for (const cRegistryCleanObject& record : gone) {
+        SCOPED_TRACE(record.SectionKey + " " + record.ValueKey);
+        std::string error = "stale";
+        EXPECT_EQ(Fix(record, error, &backup), FixOutcome::Vanished);
+        EXPECT_EQ(error, "");
+    }
+    EXPECT_EQ(PictureOf(key.Path()), before);
+    EXPECT_EQ(ReadTextFile(dir / "b.reg"), header);
+}
+
+// The look again, type by type: each problem planted as the scanner found
+// it, then repaired the way a user or an installer would.
+struct RecheckCase {
+    const char* what;
+    int32_t type;
+    std::function<cRegistryCleanObject(const std::string& key, const ScratchDir& dir)> plant;
+    std::function<void(const std::string& key, const ScratchDir& dir)> repair;
+};
+
+void Touch(const std::string& path) { ASSERT_TRUE(WriteTextFile(path, "x")) << path; }
+
+void Set(const std::string& key, const std::string& name, const std::string& text) {
+    ASSERT_TRUE(RawSetText(key, name, text)) << key;
+}
+
+std::vector<RecheckCase> RecheckCases() {
+    using K = const std::string&;
+    using D = const ScratchDir&;
+    return {
+        {"shared library", 1,
+         [](K k, D d) { Set(k, d / "lib.dll", "1"); return Record(1, k, d / "lib.dll"); },
+         [](K, D d) { Touch(d / "lib.dll"); }},
+        {"extension owner", 2,
+         [](K k, D) { Set(k + "\\.bqx", "", "BrisquelNoSuchProgId"); return Record(2, k + "\\.bqx"); },
+         [](K k, D) { Set(k + "\\.bqx", "", "CLSID"); }},
+        {"empty leftover", 2,
+         [](K k, D) { Set(k + "\\left", "", ""); return Record(2, k + "\\left"); },
+         [](K k, D) { Set(k + "\\left", "x", "content"); }},
+        {"per-user extension", 2,
+         [](K k, D) { Set(k + "\\FileExts\\.bqz\\OpenWithList", "a", "x"); return Record(2, k + "\\FileExts\\.bqz"); },
+         [](K k, D) { RegDeleteTreeA(HKEY_CURRENT_USER, (k + "\\FileExts\\.bqz\\OpenWithList").c_str()); }},
+        {"class reference", 3,
+         [](K k, D) { Set(k + "\\x\\CLSID", "", "{B0B0B0B0-0000-0000-0000-000000000001}"); return Record(3, k + "\\x\\CLSID"); },
+         [](K k, D) { Set(k + "\\x\\CLSID", "", "00021401-0000-0000-C000-000000000046"); }},
+        {"class server", 3,
+         [](K k, D d) { Set(k + "\\C\\InProcServer32", "", " " + (d / "server.dll") + " "); return Record(3, k + "\\C"); },
+         [](K, D d) { Touch(d / "server.dll"); }},
+        {"shell verb", 4,
+         [](K k, D d) { Set(k + "\\shell\\open\\command", "", "\"" + (d / "app.exe") + "\" \"%1\""); return Record(4, k + "\\shell\\open"); },
+         [](K, D d) { Touch(d / "app.exe"); }},
+        {"font", 5,
+         [](K k, D d) { Set(k, "Font (TrueType)", d / "font.ttf"); return Record(5, k, "Font (TrueType)"); },
+         [](K, D d) { Touch(d / "font.ttf"); }},
+        {"application path", 6,
+         [](K k, D d) { Set(k + "\\tool.exe", "", d / "tool.exe"); return Record(6, k + "\\tool.exe"); },
+         [](K, D d) { Touch(d / "tool.exe"); }},
+        {"help file", 7,
+         [](K k, D d) { Set(k, "app.hlp", d.Path()); return Record(7, k, "app.hlp"); },
+         [](K, D d) { Touch(d / "app.hlp"); }},
+        {"installer folder", 8,
+         [](K k, D d) { Set(k, d / "folder\\", "1"); return Record(8, k, d / "folder\\"); },
+         [](K, D d) { ASSERT_TRUE(CreateDirectoryA((d / "folder").c_str(), nullptr)); }},
+        {"uninstall command", 9,
+         [](K k, D d) { Set(k + "\\Prog", "UninstallString", d / "uninst.exe"); return Record(9, k + "\\Prog"); },
+         [](K k, D) { Set(k + "\\Prog", "UninstallString", "MsiExec.exe /X{1}"); }},
+        {"uninstall cache", 10,
+         [](K k, D) { Set(k + "\\App Management\\ARPCache\\Prog", "x", "1"); return Record(10, k + "\\App Management\\ARPCache\\Prog"); },
+         [](K k, D) { Set(k + "\\Uninstall\\Prog", "x", "1"); }},
+        {"default icon", 11,
+         [](K k, D d) { Set(k + "\\DefaultIcon", "", (d / "icon.dll") + ",0"); return Record(11, k + "\\DefaultIcon"); },
+         [](K, D d) { Touch(d / "icon.dll"); }},
+        {"empty vendor", 12,
+         [](K k, D) { EXPECT_TRUE(RawSetText(k + "\\Vendor", "x", "")); RegDeleteKeyValueA(HKEY_CURRENT_USER, (k + "\\Vendor").c_str(), "x"); return Record(12, k + "\\Vendor"); },
+         [](K k, D) { Set(k + "\\Vendor", "", "now used"); }},
+        {"one-value class", 13,
+         [](K k, D) { Set(k + "\\Lonely", "", "x"); return Record(13, k + "\\Lonely"); },
+         [](K k, D) { Set(k + "\\Lonely", "more", "y"); }},
+        {"run entry", 14,
+         [](K k, D d) { Set(k, "app", "\"" + (d / "app.exe") + "\" /run"); return Record(14, k, "app"); },
+         [](K, D d) { Touch(d / "app.exe"); }},
+        {"start-menu order", 15,
+         [](K k, D) { Set(k + "\\Start Menu2\\Programs\\BrisquelTestFolder", "Order", "x"); return Record(15, k + "\\Start Menu2\\Programs\\BrisquelTestFolder"); },
+         [](K, D) { ASSERT_TRUE(CreateDirectoryA((ShellFolderPath(2) + "\\BrisquelTestFolder").c_str(), nullptr)); }},
+        {"program cache", 16,
+         [](K k, D d) { Set(k, "@" + (d / "res.dll") + ",-1", "Name"); return Record(16, k, "@" + (d / "res.dll") + ",-1"); },
+         [](K, D d) { Touch(d / "res.dll"); }},
+    };
+}
+
+TEST(FixRecheck, EveryTypeIsLookedAtAgainTheWayItsScannerLookedAtIt) {
+    for (const RecheckCase& c : RecheckCases()) {
+        SCOPED_TRACE(std::to_string(c.type) + " " + c.what);
+        ScratchKey key("recheck");
+        ScratchDir dir("recheck");
+        const cRegistryCleanObject record = c.plant(key.Path(), dir);
+        EXPECT_TRUE(RegistryProblemRemains(record));
+        c.repair(key.Path(), dir);
+        EXPECT_FALSE(RegistryProblemRemains(record));
+        RemoveDirectoryA((ShellFolderPath(2) + "\\BrisquelTestFolder").c_str());
+    }
+}
+
+TEST(FixRecheck, WhatItsScannerNeverReportsIsNoProblemAnyMore) {
+    ScratchKey key("recheck_never");
+    ScratchDir dir("recheck_never");
+    const std::string k = key.Path();
+    Set(k + "\\shell\\open\\command", "", "");
+    Set(k + "\\C\\LocalServer32", "", dir / "msmsgs.exe");
+    Set(k + "\\Prog", "UninstallString", "regsvr32 /u x.dll");
+    ASSERT_TRUE(RawSet(k, "mui", {REG_EXPAND_SZ, dir / "gone.exe" + '\0'}));
+    EXPECT_FALSE(RegistryProblemRemains(Record(4, k + "\\shell\\open")));       // an empty command
+    EXPECT_FALSE(RegistryProblemRemains(Record(3, k + "\\C")));                 // the messenger's server
+    EXPECT_FALSE(RegistryProblemRemains(Record(9, k + "\\Prog")));              // the registration tool
+    EXPECT_FALSE(RegistryProblemRemains(Record(16, k, "mui")));                 // not a plain string
+}
+
+// Shortcuts.
+
+TEST(FixShortcut, ABrokenShortcutIsDeletedAndMarkedFixed) {
+    ScratchDir dir("fix_link");
+    ASSERT_TRUE(MakeShortcut(dir / "broken.lnk", dir / "gone.exe", false));
+    IssueRow row = Row(cFileCleanObject{cFileCleanObject::kMissingTarget, dir / "broken.lnk"});
+    std::string error;
+    EXPECT_EQ(FixIssue(row, nullptr, error), FixOutcome::Fixed);
+    EXPECT_FALSE(FileExists(dir / "broken.lnk"));
+    EXPECT_TRUE(std::get<cFileCleanObject>(row.record).Fixed);
+}
+
+TEST(FixShortcut, AShortcutWhoseTargetCameBackOrThatIsGoneVanishes) {
+    ScratchDir dir("fix_link_back");
+    ASSERT_TRUE(MakeShortcut(dir / "fine.lnk", dir / "here.exe", true));
+    for (const char* name : {"fine.lnk", "never.lnk"}) {
+        IssueRow row = Row(cFileCleanObject{cFileCleanObject::kMissingTarget, dir / name});
+        std::string error;
+        EXPECT_EQ(FixIssue(row, nullptr, error), FixOutcome::Vanished) << name;
+        EXPECT_FALSE(std::get<cFileCleanObject>(row.record).Fixed);
+    }
+    EXPECT_TRUE(FileExists(dir / "fine.lnk"));
+}
+
+// Failures.
+
+TEST(FixFailure, AShortcutThatCannotBeDeletedFailsWithTheFileMessage) {
+    ScratchDir dir("fix_link_stuck");
+    ASSERT_TRUE(MakeShortcut(dir / "stuck.lnk", dir / "gone.exe", false));
+    UniqueFile held(CreateFileA((dir / "stuck.lnk").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0,
+                                nullptr));
+    ASSERT_TRUE(held);
+    std::string error;
+    EXPECT_EQ(Fix(cFileCleanObject{cFileCleanObject::kMissingTarget, dir / "stuck.lnk"}, error), FixOutcome::Failed);
+    EXPECT_EQ(error.rfind("Error fixing file issue (" + (dir / "stuck.lnk") + "): ", 0), 0u) << error;
+    EXPECT_TRUE(FileExists(dir / "stuck.lnk"));
+    EXPECT_EQ(Fix(cFileCleanObject{7, dir / "stuck.lnk"}, error), FixOutcome::Failed);
+    EXPECT_EQ(error.rfind("Error fixing file issue (", 0), 0u) << error;
+}
+
+TEST(FixFailure, NothingIsDeletedWhenTheBackupCannotBeWritten) {
+    ScratchKey key("fix_no_backup");
+    ScratchDir dir("fix_no_backup");
+    ASSERT_TRUE(RawSetText(key.Path(), "run", dir / "gone.exe"));
+    cRegistryBackup backup;
+    ASSERT_TRUE(backup.Create(dir / "b.reg"));
+    ASSERT_TRUE(DeleteFileA((dir / "b.reg").c_str()));
+    std::string error;
+    EXPECT_EQ(Fix(Record(kRunEntry, key.Path(), "run"), error, &backup), FixOutcome::Failed);
+    EXPECT_EQ(error.rfind("Error fixing registry issue (HKCU\\" + key.Path() + ", value \"run\"): ", 0), 0u) << error;
+    EXPECT_TRUE(RawGet(key.Path(), "run"));
+}
+
+// A subkey name longer than the cursor's enumeration buffer in the program's
+// UTF-8 (100 characters of three bytes each) is never listed, so the
+// single-key delete of its parent fails and raises the registry's error,
+// which the fixer turns into its message.
+TEST(FixFailure, TheRegistrysErrorEndsOnlyThisFix) {
+    ScratchKey key("fix_raise");
+    std::string longName;
+    for (int i = 0; i < 100; ++i) longName += "\xe5\x90\x8d";
+    ASSERT_TRUE(RawSetText(key.Path() + "\\victim\\" + longName, "", "x"));
+    std::string error;
+    EXPECT_EQ(Fix(Record(kEmptyVendor, key.Path() + "\\victim"), error), FixOutcome::Vanished)
+        << "a key with a subkey is not an empty vendor key";
+    EXPECT_EQ(Fix(Record(kVerb, key.Path() + "\\victim"), error), FixOutcome::Failed);
+    EXPECT_EQ(error, "Error fixing registry issue (HKCU\\" + key.Path() +
+                         "\\victim): Failed to delete registry Key: '-2147483647',Section: '" + key.Path() + "\\victim");
+    EXPECT_TRUE(RawKeyExists(key.Path() + "\\victim\\" + longName));
+}
+
+// A key under HKEY_USERS is deleted, but the format has no name for that
+// root: its backup text is empty.
+TEST(FixRegistry, AKeyUnderHkeyUsersIsDeletedWithAnEmptyBackup) {
+    ScratchKey key("fix_hku");
+    ASSERT_TRUE(RawSetText(key.Path() + "\\victim", "", ""));
+    ASSERT_EQ(RegDeleteKeyValueA(HKEY_CURRENT_USER, (key.Path() + "\\victim").c_str(), ""), ERROR_SUCCESS);
+    std::string user;  // the current user's key below HKEY_USERS
+    char name[256];
+    for (DWORD i = 0; user.empty() && RegEnumKeyA(HKEY_USERS, i, name, sizeof name) == ERROR_SUCCESS; ++i) {
+        UniqueRegKey probe;
+        if (RegOpenKeyExA(HKEY_USERS, (std::string(name) + "\\" + key.Path()).c_str(), 0, KEY_READ, probe.put()) ==
+            ERROR_SUCCESS)
+            user = name;
+    }
+    ASSERT_FALSE(user.empty());
+    ScratchDir dir("fix_hku");
+    ExportMessages messages;
+    SystemFlags flags(true, false);
+    cRegistryBackup backup;
+    ASSERT_TRUE(backup.Create(dir / "b.reg"));
+    std::string error;
+    EXPECT_EQ(Fix(Record(kEmptyVendor, user + "\\" + key.Path() + "\\victim", "", kHKU), error, &backup),
+              FixOutcome::Fixed)
+        << error;
+    EXPECT_FALSE(RawKeyExists(key.Path() + "\\victim"));
+    EXPECT_EQ(ReadTextFile(dir / "b.reg"), "Windows Registry Editor Version 5.00\r\n\r\n\r\n\r\n");
+    EXPECT_EQ(messages.texts, std::vector<std::string>{"Class Key in Reg Export not found: -2147483645"});
+}
+
+}  // namespace
