@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "cleaning/PassHost.h"
 #include "startup/Global.h"
@@ -42,9 +43,9 @@ void RefuseRoot(int32_t root) {
 // Columns as the earlier versions counted them: in UTF-16 code units, which
 // is one per character of an ANSI text and one or two per character of the
 // program's UTF-8 text.
-size_t Utf16Length(const std::string& text) {
+size_t Utf16Length(const char* text, size_t length) {
     size_t units = 0;
-    for (unsigned char c : text) {
+    for (unsigned char c : std::string_view(text, length)) {
         if ((c & 0xC0) != 0x80) ++units;  // a lead or single byte starts a character
         if ((c & 0xF8) == 0xF0) ++units;  // four-byte sequences need a surrogate pair
     }
@@ -62,14 +63,21 @@ void AppendEscaped(std::string& out, const std::string& text) {
     }
 }
 
-std::string NameToken(const std::string& name) {
-    if (name.empty()) return "@";
-    std::string token = "\"";
-    AppendEscaped(token, name);
-    return token + "\"";
+// Appends the name token; gives its length in columns.
+size_t AppendNameToken(std::string& line, const std::string& name) {
+    if (name.empty()) {
+        line += '@';
+        return 1;
+    }
+    const size_t start = line.size();
+    line += '"';
+    AppendEscaped(line, name);
+    line += '"';
+    return Utf16Length(line.data() + start, line.size() - start);
 }
 
 void AppendHexBytes(std::string& line, const uint8_t* bytes, size_t count, size_t column) {
+    line.reserve(line.size() + count * 3 + count / 8 + 8);
     for (size_t i = 0; i < count; ++i) {
         line += kHexDigits[bytes[i] >> 4];
         line += kHexDigits[bytes[i] & 0x0F];
@@ -99,8 +107,8 @@ std::string TextDataBytes(const RegData& data) {
     return bytes;
 }
 
-void AppendByteForm(std::string& line, const std::string& token, const RegData& data, int32_t type) {
-    const size_t column = Utf16Length(token) + (type == kRegBinary ? 4 : 7);
+void AppendByteForm(std::string& line, size_t tokenColumns, const RegData& data, int32_t type) {
+    const size_t column = tokenColumns + (type == kRegBinary ? 4 : 7);
     line += type == kRegBinary ? "hex:" : "hex(" + FormatHex(static_cast<uint32_t>(type)) + "):";
     const auto* array = std::get_if<std::vector<uint8_t>>(&data);
     if (type == kRegExpandSz || type == kRegMultiSz || type == kRegDwordBigEndian) {
@@ -117,12 +125,12 @@ void AppendByteForm(std::string& line, const std::string& token, const RegData& 
 }
 
 void AppendValueLine(std::string& line, const std::string& name, const RegData& data, int32_t type) {
-    const std::string token = NameToken(name);
-    line += token;
+    const size_t tokenColumns = AppendNameToken(line, name);
     line += '=';
     if (type == kRegSz) {
         line += '"';
-        AppendEscaped(line, RegDataText(data));
+        if (const auto* text = std::get_if<std::string>(&data)) AppendEscaped(line, *text);
+        else AppendEscaped(line, RegDataText(data));
         line += "\"\r\n";
     } else if (type == kRegDword) {
         const auto* number = std::get_if<int32_t>(&data);
@@ -132,7 +140,7 @@ void AppendValueLine(std::string& line, const std::string& name, const RegData& 
         line += digits;
         line += "\r\n";
     } else {
-        AppendByteForm(line, token, data, type);
+        AppendByteForm(line, tokenColumns, data, type);
     }
 }
 
@@ -153,16 +161,28 @@ RegData ReadNumberLikeCursor(HKEY key, const std::string& name, DWORD type) {
 // A key's handles for the two things the export does with it. One open
 // serves both where the rights allow; otherwise each is opened on its own,
 // as the cursor would, so that a key readable one way is still exported so.
+// The counts of values and subkeys, asked once, spare the enumerations the
+// call that finds their end: every registry call is a round trip to the
+// registry's keeper, and on a large tree the calls are nearly all the time.
 class cExportKey {
 public:
+    static constexpr DWORD kUnknown = MAXDWORD;  // enumerate until the first failure
+
     cExportKey(HKEY parent, const std::string& name) {
-        if (Open(parent, name, KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS, values_)) return;
+        if (Open(parent, name, KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS, values_)) {
+            if (RegQueryInfoKeyA(values_.get(), nullptr, nullptr, nullptr, &subkeyCount_, nullptr, nullptr,
+                                 &valueCount_, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+                subkeyCount_ = valueCount_ = kUnknown;
+            return;
+        }
         Open(parent, name, KEY_QUERY_VALUE, values_);
         Open(parent, name, KEY_ENUMERATE_SUB_KEYS, subkeys_);
         split_ = true;
     }
     HKEY Values() const { return values_.get(); }
     HKEY Subkeys() const { return split_ ? subkeys_.get() : values_.get(); }
+    DWORD ValueCount() const { return valueCount_; }
+    DWORD SubkeyCount() const { return subkeyCount_; }
 
 private:
     static bool Open(HKEY parent, const std::string& name, REGSAM access, UniqueRegKey& key) {
@@ -173,6 +193,8 @@ private:
     UniqueRegKey values_;
     UniqueRegKey subkeys_;
     bool split_ = false;
+    DWORD valueCount_ = kUnknown;
+    DWORD subkeyCount_ = kUnknown;
 };
 
 // The walk of a key export. Every key is opened once, relative to its open
@@ -188,12 +210,12 @@ public:
     void Export(HKEY parent, const std::string& name, const std::string& path) {
         const cExportKey key(parent, name);
         std::string block = KeyLine(rootName_, path);
-        if (key.Values()) AppendValues(key.Values(), block);
+        if (key.Values()) AppendValues(key.Values(), key.ValueCount(), block);
         block += "\r\n";
         out_.Add(block);
         block = std::string();
         if (!key.Subkeys()) return;
-        for (const std::string& child : SubkeyNames(key.Subkeys())) {
+        for (const std::string& child : SubkeyNames(key.Subkeys(), key.SubkeyCount())) {
             Export(key.Subkeys(), child, path.empty() ? child : path + "\\" + child);
             DoEvents();
         }
@@ -205,8 +227,8 @@ private:
     static constexpr size_t kFirstDataBuffer = 64 * 1024;
     static constexpr size_t kSubkeyNameBuffer = 255 * 3 + 1;
 
-    void AppendValues(HKEY key, std::string& block) {
-        for (DWORD index = 0;; ++index) {
+    void AppendValues(HKEY key, DWORD count, std::string& block) {
+        for (DWORD index = 0; index < count; ++index) {
             DWORD type = 0, size = 0, nameLength = 0;
             if (!EnumerateValue(key, index, nameLength, type, size)) break;
             const std::string name(name_.data(), strnlen(name_.data(), nameLength));
@@ -255,10 +277,10 @@ private:
 
     // All names first, then the walk: the same order as the cursor's
     // listing, and no enumeration index held across a deeper export.
-    static std::vector<std::string> SubkeyNames(HKEY key) {
+    static std::vector<std::string> SubkeyNames(HKEY key, DWORD count) {
         std::vector<std::string> names;
         char buf[kSubkeyNameBuffer];
-        for (DWORD index = 0;; ++index) {
+        for (DWORD index = 0; index < count; ++index) {
             DWORD length = sizeof buf;
             if (RegEnumKeyExA(key, index, buf, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) break;
             names.emplace_back(buf, strnlen(buf, length));

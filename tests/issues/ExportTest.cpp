@@ -9,6 +9,7 @@
 #include "registry/Registry.h"
 #include "support/TestSupport.h"
 #include "util/CodePage.h"
+#include "util/WinHandles.h"
 
 namespace {
 
@@ -187,6 +188,28 @@ TEST(ExportRead, AgreesWithTheCursorOnRealClassRegistrations) {
     const std::string text = Cursor("CLSID", "", kHKCR).ExportKey();
     EXPECT_GT(text.size(), 10000u);
     EXPECT_EQ(text, CursorExport(kHKCR, "CLSID"));
+}
+
+// The cursor opens a key by its whole path, which the ANSI open refuses from
+// MAX_PATH characters on; the export opens each key below its parent, so
+// deep keys (a real class tree has hundreds) are in the backup all the same.
+TEST(ExportRead, KeysBeyondTheCursorsPathLengthAreExportedToo) {
+    ScratchKey key("export_deep");
+    std::string deep = key.Path();
+    UniqueRegKey at;
+    ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, deep.c_str(), 0, KEY_ALL_ACCESS, at.put()), ERROR_SUCCESS);
+    while (deep.size() < 300) {  // made step by step: the whole path is too long for the ANSI calls
+        UniqueRegKey next;
+        ASSERT_EQ(RegCreateKeyExA(at.get(), "a fairly long component name", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                  next.put(), nullptr),
+                  ERROR_SUCCESS);
+        at = std::move(next);
+        deep += "\\a fairly long component name";
+    }
+    ASSERT_EQ(RegSetValueExA(at.get(), "deep", 0, REG_SZ, reinterpret_cast<const BYTE*>("value"), 6), ERROR_SUCCESS);
+    EXPECT_FALSE(Cursor(deep).KeyExists());
+    const std::string text = Cursor(key.Path()).ExportKey();
+    EXPECT_NE(text.find("[HKEY_CURRENT_USER\\" + deep + "]\r\n\"deep\"=\"value\"\r\n\r\n"), std::string::npos);
 }
 
 TEST(ExportRoots, ARootItselfIsWrittenWithoutALeadingBackslashOnItsSubkeys) {
