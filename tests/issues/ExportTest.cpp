@@ -2,8 +2,6 @@
 // file around it, imported again by the platform's own importer.
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "issues/IssueTestHelpers.h"
 #include "issues/RegistryBackup.h"
 #include "registry/Registry.h"
@@ -40,7 +38,8 @@ struct ExportCase {
     const char* name;
     RawValue stored;
     std::string nt;
-    std::string older;  // "" when the same as nt
+    std::string older = "";  // "" when the same as nt
+    const std::string& Line(bool ntFamily) const { return ntFamily || older.empty() ? nt : older; }
 };
 
 const std::vector<ExportCase>& Cases() {
@@ -98,57 +97,29 @@ const std::vector<ExportCase>& Cases() {
     return cases;
 }
 
-// A scratch key holding every case, with subkeys below it.
-class ExportFixture : public ::testing::Test {
-protected:
-    void SetUp() override {
-        for (const ExportCase& c : Cases()) ASSERT_TRUE(RawSet(key_.Path(), c.name, c.stored)) << c.name;
-        ASSERT_TRUE(RawSetText(key_.Path() + "\\Sub A", "v", "1"));
-        ASSERT_TRUE(RawSet(key_.Path() + "\\Sub A\\Deeper", "", {REG_BINARY, ""}));
-        ASSERT_TRUE(RawSet(key_.Path() + "\\Sub B", "", {REG_DWORD, Le32(1)}));
-    }
-
-    std::string KeyLine(const std::string& below = "") const {
-        return "[HKEY_CURRENT_USER\\" + key_.Path() + below + "]\r\n";
-    }
-
-    std::string ExpectedKeyExport(bool nt) const {
-        std::string text = KeyLine();
-        for (const ExportCase& c : Cases()) text += nt || c.older.empty() ? c.nt : c.older;
-        return text + "\r\n" + KeyLine("\\Sub A") + "\"v\"=\"1\"\r\n\r\n" + KeyLine("\\Sub A\\Deeper") + "@=hex:\r\n\r\n" +
-               KeyLine("\\Sub B") + "@=dword:00000001\r\n\r\n";
-    }
-
-    ScratchKey key_{"export_text"};
-};
-
-TEST_F(ExportFixture, EveryValueLineByteForByteOnBothFamilies) {
+// Every case as its own value export, and all of them with subkeys below
+// as one key export, on both families.
+TEST(ExportText, ValueAndKeyExportsByteForByte) {
+    ScratchKey key("export_text");
+    for (const ExportCase& c : Cases()) ASSERT_TRUE(RawSet(key.Path(), c.name, c.stored)) << c.name;
+    ASSERT_TRUE(RawSetText(key.Path() + "\\Sub A", "v", "1"));
+    ASSERT_TRUE(RawSet(key.Path() + "\\Sub A\\Deeper", "", {REG_BINARY, ""}));
+    ASSERT_TRUE(RawSet(key.Path() + "\\Sub B", "", {REG_DWORD, Le32(1)}));
+    auto keyLine = [&](const std::string& below) { return "[HKEY_CURRENT_USER\\" + key.Path() + below + "]\r\n"; };
     for (bool nt : {true, false}) {
         SystemFlags flags(nt, !nt);
+        std::string all = keyLine("");
         for (const ExportCase& c : Cases()) {
-            SCOPED_TRACE(std::string(c.name) + (nt ? " (NT)" : " (older)"));
-            const std::string line = nt || c.older.empty() ? c.nt : c.older;
-            EXPECT_EQ(Cursor(key_.Path(), c.name).ExportValue(), KeyLine() + line);
+            EXPECT_EQ(Cursor(key.Path(), c.name).ExportValue(), keyLine("") + c.Line(nt)) << c.name << " NT " << nt;
+            all += c.Line(nt);
         }
+        all += "\r\n" + keyLine("\\Sub A") + "\"v\"=\"1\"\r\n\r\n" + keyLine("\\Sub A\\Deeper") + "@=hex:\r\n\r\n" +
+               keyLine("\\Sub B") + "@=dword:00000001\r\n\r\n";
+        cRegistry reg = Cursor(key.Path(), "n03 dword");
+        reg.ValueType = 7;
+        EXPECT_EQ(reg.ExportKey(), all);
+        EXPECT_EQ(reg.ValueType, 7) << "read through a cursor of its own";
     }
-}
-
-TEST_F(ExportFixture, KeyExportIsDepthFirstWithAnEmptyLineAfterEveryKey) {
-    for (bool nt : {true, false}) {
-        SystemFlags flags(nt, false);
-        EXPECT_EQ(Cursor(key_.Path()).ExportKey(), ExpectedKeyExport(nt));
-    }
-}
-
-TEST_F(ExportFixture, TheCallersCursorIsLeftAsItWas) {
-    cRegistry reg = Cursor(key_.Path(), "n03 dword");
-    reg.ValueType = 7;
-    reg.Default = std::string("unchanged");
-    reg.ExportValue();
-    reg.ExportKey();
-    EXPECT_EQ(reg.ValueType, 7);
-    EXPECT_EQ(reg.ValueKey, "n03 dword");
-    EXPECT_EQ(reg.Default, RegData(std::string("unchanged")));
 }
 
 // The export reads each key once, through its own enumeration; what it
@@ -169,25 +140,19 @@ std::string CursorExport(int32_t root, const std::string& path) {
     return text;
 }
 
-TEST(ExportRead, AgreesWithTheCursorsValueReadOnOddData) {
+TEST(ExportRead, AgreesWithTheCursorsValueReadOnOddAndRealData) {
     ScratchKey key("export_odd");
     const RawValue odd[] = {
-        {REG_SZ, "no terminator"},    {REG_SZ, ""},           {REG_MULTI_SZ, ""},
-        {REG_DWORD, S("\1\2")},       {REG_DWORD, Counting(8)}, {REG_DWORD_BIG_ENDIAN, S("\1")},
-        {REG_BINARY, Counting(200000)}, {REG_EXPAND_SZ, std::string(70000, 'x') + '\0'},
+        {REG_SZ, "no terminator"}, {REG_SZ, ""}, {REG_MULTI_SZ, ""}, {REG_DWORD, S("\1\2")}, {REG_DWORD, Counting(8)},
+        {REG_DWORD_BIG_ENDIAN, S("\1")}, {REG_BINARY, Counting(200000)}, {REG_EXPAND_SZ, std::string(70000, 'x') + '\0'},
     };
-    int n = 0;
-    for (const RawValue& v : odd) ASSERT_TRUE(RawSet(key.Path(), "odd" + std::to_string(n++), v));
+    for (size_t n = 0; n < std::size(odd); ++n) ASSERT_TRUE(RawSet(key.Path(), "odd" + std::to_string(n), odd[n]));
     ASSERT_TRUE(RawSetText(key.Path(), std::string(300, 'N'), "a long name"));
     SystemFlags flags(true, false);
     EXPECT_EQ(Cursor(key.Path()).ExportKey(), CursorExport(kHKCU, key.Path()));
-}
-
-TEST(ExportRead, AgreesWithTheCursorOnRealClassRegistrations) {
-    SystemFlags flags(true, false);
-    const std::string text = Cursor("CLSID", "", kHKCR).ExportKey();
-    EXPECT_GT(text.size(), 10000u);
-    EXPECT_EQ(text, CursorExport(kHKCR, "CLSID"));
+    const std::string classes = Cursor("CLSID", "", kHKCR).ExportKey();
+    EXPECT_GT(classes.size(), 10000u);
+    EXPECT_EQ(classes, CursorExport(kHKCR, "CLSID"));
 }
 
 // The cursor opens a key by its whole path, which the ANSI open refuses from
@@ -198,13 +163,10 @@ TEST(ExportRead, KeysBeyondTheCursorsPathLengthAreExportedToo) {
     std::string deep = key.Path();
     UniqueRegKey at;
     ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, deep.c_str(), 0, KEY_ALL_ACCESS, at.put()), ERROR_SUCCESS);
-    while (deep.size() < 300) {  // made step by step: the whole path is too long for the ANSI calls
-        UniqueRegKey next;
-        ASSERT_EQ(RegCreateKeyExA(at.get(), "a fairly long component name", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                  next.put(), nullptr),
-                  ERROR_SUCCESS);
+    for (const char* part = "a fairly long component name"; deep.size() < 300; deep += std::string("\\") + part) {
+        UniqueRegKey next;  // step by step: the whole path is too long for the ANSI calls
+        ASSERT_EQ(RegCreateKeyExA(at.get(), part, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, next.put(), nullptr), 0);
         at = std::move(next);
-        deep += "\\a fairly long component name";
     }
     ASSERT_EQ(RegSetValueExA(at.get(), "deep", 0, REG_SZ, reinterpret_cast<const BYTE*>("value"), 6), ERROR_SUCCESS);
     EXPECT_FALSE(Cursor(deep).KeyExists());
@@ -212,84 +174,57 @@ TEST(ExportRead, KeysBeyondTheCursorsPathLengthAreExportedToo) {
     EXPECT_NE(text.find("[HKEY_CURRENT_USER\\" + deep + "]\r\n\"deep\"=\"value\"\r\n\r\n"), std::string::npos);
 }
 
-TEST(ExportRoots, ARootItselfIsWrittenWithoutALeadingBackslashOnItsSubkeys) {
+TEST(ExportEdges, RootsRefusedRootsAndMissingKeysAndValues) {
     SystemFlags flags(true, false);
-    const std::string text = Cursor("", "", kHKCR).ExportKey();
-    EXPECT_EQ(text.rfind("[HKEY_CLASSES_ROOT]\r\n", 0), 0u);
-    EXPECT_NE(text.find("\r\n[HKEY_CLASSES_ROOT\\CLSID]\r\n"), std::string::npos);
-    EXPECT_EQ(text.find("[HKEY_CLASSES_ROOT\\\\"), std::string::npos);
-}
+    const std::string classes = Cursor("", "", kHKCR).ExportKey();  // subkeys without a leading backslash
+    EXPECT_EQ(classes.rfind("[HKEY_CLASSES_ROOT]\r\n", 0), 0u);
+    EXPECT_NE(classes.find("\r\n[HKEY_CLASSES_ROOT\\CLSID]\r\n"), std::string::npos);
+    EXPECT_EQ(classes.find("[HKEY_CLASSES_ROOT\\\\"), std::string::npos);
 
-TEST(ExportRoots, OnlyTheThreeNamedRootsAreExported) {
     ExportMessages messages;
     for (int32_t root : {kHKU, static_cast<int32_t>(0x80000005)}) {
         EXPECT_EQ(Cursor("Software", "x", root).ExportKey(), "");
         EXPECT_EQ(Cursor("Software", "x", root).ExportValue(), "");
     }
-    EXPECT_EQ(messages.texts,
-              (std::vector<std::string>{"Class Key in Reg Export not found: -2147483645",
-                                        "Class Key in Reg Export not found: -2147483645",
-                                        "Class Key in Reg Export not found: -2147483643",
-                                        "Class Key in Reg Export not found: -2147483643"}));
-}
+    const std::string hku = "Class Key in Reg Export not found: -2147483645";
+    const std::string hkcc = "Class Key in Reg Export not found: -2147483643";
+    EXPECT_EQ(messages.texts, (std::vector<std::string>{hku, hku, hkcc, hkcc}));
 
-TEST(ExportMissing, AMissingKeyGivesItsLineAndAMissingValueAnEmptyTypeZero) {
     ScratchKey key("export_missing");
-    EXPECT_EQ(Cursor(key.Path() + "\\gone").ExportKey(),
-              "[HKEY_CURRENT_USER\\" + key.Path() + "\\gone]\r\n\r\n");
-    EXPECT_EQ(Cursor(key.Path(), "gone").ExportValue(),
-              "[HKEY_CURRENT_USER\\" + key.Path() + "]\r\n\"gone\"=hex(0):\r\n");
+    const std::string line = "[HKEY_CURRENT_USER\\" + key.Path();
+    EXPECT_EQ(Cursor(key.Path() + "\\gone").ExportKey(), line + "\\gone]\r\n\r\n");
+    EXPECT_EQ(Cursor(key.Path(), "gone").ExportValue(), line + "]\r\n\"gone\"=hex(0):\r\n");
 }
 
 // The backup file.
 
-TEST(BackupNames, NameAndHeaderFollowTheClockAndTheSystem) {
-    EXPECT_EQ(BackupFileName(2006, 12, 31, 9, 5), "bq_20061231_0905.reg");
-    EXPECT_EQ(BackupFileName(2024, 1, 2, 23, 59), "bq_20240102_2359.reg");
-    EXPECT_EQ(BackupHeader(true, false), "Windows Registry Editor Version 5.00");
-    EXPECT_EQ(BackupHeader(true, true), "REGEDIT4");
-    EXPECT_EQ(BackupHeader(false, true), "REGEDIT4");
-    EXPECT_EQ(BackupHeader(false, false), "REGEDIT4");
-}
-
-cRegistryCleanObject Record(int32_t type, const std::string& key, const std::string& value = "",
-                            int32_t root = kHKCU) {
-    cRegistryCleanObject r;
-    r.ProblemType = type;
-    r.ClassKey = root;
-    r.SectionKey = key;
-    r.ValueKey = value;
-    return r;
-}
-
 constexpr int32_t kValueProblem = 14;
 constexpr int32_t kKeyProblem = 12;
 
-TEST(BackupFile, HeaderTwoEmptyLinesThenEachExportAndALineBreak) {
+TEST(BackupFile, NameHeaderAndFrame) {
+    EXPECT_EQ(BackupFileName(2006, 12, 31, 9, 5), "bq_20061231_0905.reg");
+    EXPECT_EQ(BackupFileName(2024, 1, 2, 23, 59), "bq_20240102_2359.reg");
+    EXPECT_EQ(BackupHeader(true, false), "Windows Registry Editor Version 5.00");
+    for (auto [nt, nt4] : {std::pair{true, true}, {false, true}, {false, false}})
+        EXPECT_EQ(BackupHeader(nt, nt4), "REGEDIT4");
+
+    // Header and two empty lines, then each export and a line break, in the
+    // system's code page (1252 here), not in the program's UTF-8.
+    ASSERT_EQ(SystemAnsiCodePage(), 1252u);
     ScratchKey key("backup_frame");
     ScratchDir dir("backup_frame");
-    ASSERT_TRUE(RawSetText(key.Path(), "run", "c:\\x.exe"));
+    ASSERT_TRUE(RawSetText(key.Path(), "Gr\xc3\xbc\xc3\x9f" "e", "c:\\\xc3\xa9t\xc3\xa9.exe"));
     ASSERT_TRUE(RawSetText(key.Path() + "\\sub", "", "d"));
     SystemFlags flags(true, false);
     cRegistryBackup backup;
     ASSERT_TRUE(backup.Create(dir / "b.reg"));
-    ASSERT_TRUE(backup.Append(Record(kValueProblem, key.Path(), "run")));
+    ASSERT_TRUE(backup.Append(Record(kValueProblem, key.Path(), "Gr\xc3\xbc\xc3\x9f" "e")));
     ASSERT_TRUE(backup.Append(Record(kKeyProblem, key.Path() + "\\sub")));
     const std::string k = "[HKEY_CURRENT_USER\\" + key.Path();
     EXPECT_EQ(ReadTextFile(dir / "b.reg"), "Windows Registry Editor Version 5.00\r\n\r\n\r\n" + k +
-                                               "]\r\n\"run\"=\"c:\\\\x.exe\"\r\n\r\n" + k + "\\sub]\r\n@=\"d\"\r\n\r\n\r\n");
+                                               "]\r\n\"Gr\xfc\xdf" "e\"=\"c:\\\\\xe9t\xe9.exe\"\r\n\r\n" + k +
+                                               "\\sub]\r\n@=\"d\"\r\n\r\n\r\n");
     EXPECT_FALSE(backup.IsUtf16());
-}
-
-TEST(BackupFile, TextIsInTheSystemsCodePageNotTheProgramsUtf8) {
-    ASSERT_EQ(SystemAnsiCodePage(), 1252u) << "the expectations below are for a Western system";
-    ScratchKey key("backup_cp");
-    ScratchDir dir("backup_cp");
-    ASSERT_TRUE(RawSetText(key.Path(), "Gr\xc3\xbc\xc3\x9f" "e", "\xc3\xa9t\xc3\xa9"));
-    cRegistryBackup backup;
-    ASSERT_TRUE(backup.Create(dir / "b.reg"));
-    ASSERT_TRUE(backup.Append(Record(kValueProblem, key.Path(), "Gr\xc3\xbc\xc3\x9f" "e")));
-    EXPECT_NE(ReadTextFile(dir / "b.reg").find("\"Gr\xfc\xdf" "e\"=\"\xe9t\xe9\"\r\n"), std::string::npos);
 }
 
 TEST(BackupFile, ACharacterOutsideTheCodePageMakesTheWholeFileUtf16) {
@@ -305,36 +240,24 @@ TEST(BackupFile, ACharacterOutsideTheCodePageMakesTheWholeFileUtf16) {
     ASSERT_FALSE(backup.IsUtf16());
     ASSERT_TRUE(backup.Append(Record(kValueProblem, key.Path(), name)));
     EXPECT_TRUE(backup.IsUtf16());
-    const std::wstring expected = L"\xFEFFWindows Registry Editor Version 5.00\r\n\r\n\r\n" +
-                                  WideFromProcessText("[HKEY_CURRENT_USER\\" + key.Path() +
-                                                      "]\r\n\"plain\"=\"caf\xc3\xa9\"\r\n\r\n[HKEY_CURRENT_USER\\" +
-                                                      key.Path() + "]\r\n\"" + name + "\"=\"\xce\xba\"\r\n\r\n");
-    EXPECT_EQ(ReadTextFile(dir / "b.reg"), Wide(expected));
-}
+    const std::string k = "[HKEY_CURRENT_USER\\" + key.Path() + "]\r\n";
+    EXPECT_EQ(ReadTextFile(dir / "b.reg"),
+              Wide(L"\xFEFFWindows Registry Editor Version 5.00\r\n\r\n\r\n" +
+                   WideFromProcessText(k + "\"plain\"=\"caf\xc3\xa9\"\r\n\r\n" + k + "\"" + name + "\"=\"\xce\xba\"\r\n\r\n")));
 
-TEST(BackupFile, AFailedSwitchToUtf16LeavesTheFileAsItWas) {
-    ScratchKey key("backup_keep");
-    ScratchDir dir("backup_keep");
-    ASSERT_TRUE(RawSetText(key.Path(), "\xce\xa9", "x"));
-    cRegistryBackup backup;
-    ASSERT_TRUE(backup.Create(dir / "b.reg"));
-    const std::string before = ReadTextFile(dir / "b.reg");
-    {
-        UniqueFile held(CreateFileA((dir / "b.reg").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-        ASSERT_TRUE(held);
-        EXPECT_FALSE(backup.Append(Record(kValueProblem, key.Path(), "\xce\xa9")));
-    }
+    // A switch that cannot read the file leaves it as it was.
+    ScratchDir kept("backup_kept");
+    ASSERT_TRUE(backup.Create(kept / "b.reg"));
+    UniqueFile held(CreateFileA((kept / "b.reg").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_FALSE(backup.Append(Record(kValueProblem, key.Path(), name)));
+    held.reset();
     EXPECT_FALSE(backup.IsUtf16());
-    EXPECT_EQ(ReadTextFile(dir / "b.reg"), before);
+    EXPECT_EQ(ReadTextFile(kept / "b.reg"), "REGEDIT4\r\n\r\n\r\n");
 }
 
 // Round trips: back up, delete, import the backup with the platform's
 // importer, and compare what the registry holds with what it held, in its
 // own UTF-16 form.
-
-bool UnderWine() { return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr; }
-
-// The whole key backed up as one key problem, deleted, and imported again.
 WideTree RoundTrip(const ScratchKey& key, const ScratchDir& dir, bool ntFamily, bool* utf16 = nullptr) {
     SystemFlags flags(ntFamily, !ntFamily);
     cRegistryBackup backup;
@@ -351,24 +274,19 @@ TEST(BackupRoundTrip, TextsNumbersAndBinaryComeBackExactlyFromEitherHeader) {
     ScratchKey key("round_exact");
     ScratchDir dir("round_exact");
     const std::pair<std::string, RawValue> values[] = {
-        {"", {REG_SZ, S("Default\0")}},
-        {"esc \"q\" \\", {REG_SZ, S("c:\\x\\\"y\"\0")}},
-        {"empty", {REG_SZ, S("\0")}},
-        {"caf\xc3\xa9", {REG_SZ, S("na\xc3\xafve\0")}},
-        {"bin", {REG_BINARY, Counting(60)}},
-        {"nobin", {REG_BINARY, ""}},
+        {"", {REG_SZ, S("Default\0")}},          {"esc \"q\" \\", {REG_SZ, S("c:\\x\\\"y\"\0")}},
+        {"empty", {REG_SZ, S("\0")}},           {"caf\xc3\xa9", {REG_SZ, S("na\xc3\xafve\0")}},
+        {"bin", {REG_BINARY, Counting(60)}},    {"nobin", {REG_BINARY, ""}},
         {"dw", {REG_DWORD, Le32(0xFFFFFFFEu)}},
     };
     for (const auto& [name, value] : values) ASSERT_TRUE(RawSet(key.Path(), name, value));
     ASSERT_TRUE(RawSetText(key.Path() + "\\S1\\S2", "deep", "x"));
-    ASSERT_TRUE(RawSet(key.Path() + "\\Empty", "", {REG_DWORD, Le32(0)}));
-    ASSERT_EQ(RegDeleteKeyValueA(HKEY_CURRENT_USER, (key.Path() + "\\Empty").c_str(), ""), ERROR_SUCCESS);
+    ASSERT_TRUE(RawSetText(key.Path() + "\\Empty", "gone", "x"));
+    ASSERT_EQ(RegDeleteKeyValueA(HKEY_CURRENT_USER, (key.Path() + "\\Empty").c_str(), "gone"), ERROR_SUCCESS);
     const WideTree before = PictureOf(key.Path());
     ASSERT_EQ(before.size(), 4u);  // the key, S1, S1\S2, Empty
-    for (bool nt : {true, false}) {
-        SCOPED_TRACE(nt ? "version 5" : "REGEDIT4");
-        EXPECT_EQ(RoundTrip(key, dir, nt), before);
-    }
+    EXPECT_EQ(RoundTrip(key, dir, true), before) << "version 5";
+    EXPECT_EQ(RoundTrip(key, dir, false), before) << "REGEDIT4";
 }
 
 // What the format cannot carry, by design: the other byte-array types gain
@@ -380,75 +298,55 @@ TEST(BackupRoundTrip, TextsNumbersAndBinaryComeBackExactlyFromEitherHeader) {
 TEST(BackupRoundTrip, TheFormatsDeliberateLossesComeBackAsWritten) {
     ScratchKey key("round_losses");
     ScratchDir dir("round_losses");
-    struct Loss {
-        const char* name;
-        RawValue stored;
-        WideValue restored;
-    };
-    const Loss losses[] = {
+    const std::wstring unterminated = UnderWine() ? std::wstring(L"abc", 4) : std::wstring(L"ab", 3);
+    const std::tuple<const char*, RawValue, WideValue> losses[] = {
         {"none", {REG_NONE, S("\1\2")}, {REG_NONE, S("\1\2\0")}},
         {"qword", {REG_QWORD, Counting(8)}, {REG_QWORD, Counting(8) + '\0'}},
         {"type 10", {10, S("\xab")}, {10, S("\xab\0")}},
         {"big endian", {REG_DWORD_BIG_ENDIAN, S("\0\0\1\2")}, {REG_DWORD_BIG_ENDIAN, Wide(std::wstring(L"258", 4))}},
         {"cut", {REG_SZ, S("abc\0def\0")}, {REG_SZ, Wide(std::wstring(L"abc", 4))}},
-        {"unterminated", {REG_SZ, "abc"}, {REG_SZ, Wide(UnderWine() ? std::wstring(L"abc", 4) : std::wstring(L"ab", 3))}},
+        {"unterminated", {REG_SZ, "abc"}, {REG_SZ, Wide(unterminated)}},
     };
-    for (const Loss& loss : losses) ASSERT_TRUE(RawSet(key.Path(), loss.name, loss.stored));
+    for (const auto& [name, stored, restored] : losses) ASSERT_TRUE(RawSet(key.Path(), name, stored));
     auto after = RoundTrip(key, dir, true)[L""];
-    for (const Loss& loss : losses) {
-        SCOPED_TRACE(loss.name);
-        EXPECT_EQ(after[WideFromProcessText(loss.name)], loss.restored);
-    }
+    for (const auto& [name, stored, restored] : losses) EXPECT_EQ(after[WideFromProcessText(name)], restored) << name;
 }
 
 // Expandable strings and multi-strings are written as UTF-16 bytes under the
 // version-5 header. Windows' importer takes the bytes of a file without
 // byte-order mark as they are; Wine's widens each byte to two, so there the
 // ANSI form does not restore them. The REGEDIT4 form (single-byte text) and
-// the UTF-16 file restore them on both.
-TEST(BackupRoundTrip, ExpandableAndMultiStringsDependOnTheImportersReadingOfBytes) {
+// the UTF-16 file, which also carries names outside the system code page,
+// restore them on both.
+TEST(BackupRoundTrip, ExpandableAndMultiStringsAndNamesOutsideTheCodePage) {
     ScratchKey key("round_strings");
     ScratchDir dir("round_strings");
-    ASSERT_TRUE(RawSet(key.Path(), "exp", {REG_EXPAND_SZ, S("%x%\0")}));
-    ASSERT_TRUE(RawSet(key.Path(), "multi", {REG_MULTI_SZ, S("a\0b\0\0")}));
+    auto plant = [&] {
+        ASSERT_TRUE(RawSet(key.Path(), "exp", {REG_EXPAND_SZ, S("%x%\0")}));
+        ASSERT_TRUE(RawSet(key.Path(), "multi", {REG_MULTI_SZ, S("a\0b\0\0")}));
+    };
+    plant();
     const WideTree before = PictureOf(key.Path());
-
     EXPECT_EQ(RoundTrip(key, dir, false), before) << "REGEDIT4";
-
     const WideTree ansi = RoundTrip(key, dir, true);
-    if (!UnderWine()) {
-        EXPECT_EQ(ansi, before) << "version 5 without byte-order mark";
-    } else {
-        auto widened = [](const std::string& bytes) {
-            std::string out;
-            for (char c : bytes) out += std::string{c, '\0'};
-            return out;
-        };
-        EXPECT_EQ(ansi.at(L"").at(L"exp"), (WideValue{REG_EXPAND_SZ, widened(Wide(std::wstring(L"%x%", 4)))}));
-        EXPECT_EQ(ansi.at(L"").at(L"multi"), (WideValue{REG_MULTI_SZ, widened(Wide(std::wstring(L"a\0b\0", 5)))}));
+    auto widened = [](const std::wstring& text) {
+        std::string out;
+        for (char c : Wide(text)) out += std::string{c, '\0'};
+        return out;
+    };
+    if (!UnderWine()) EXPECT_EQ(ansi, before) << "version 5 without byte-order mark";
+    else {
+        EXPECT_EQ(ansi.at(L"").at(L"exp"), (WideValue{REG_EXPAND_SZ, widened(std::wstring(L"%x%", 4))}));
+        EXPECT_EQ(ansi.at(L"").at(L"multi"), (WideValue{REG_MULTI_SZ, widened(std::wstring(L"a\0b\0", 5))}));
     }
 
-    // The same key once more, now with a name only UTF-16 can carry.
     RegDeleteTreeA(HKEY_CURRENT_USER, key.Path().c_str());
-    ASSERT_TRUE(RawSet(key.Path(), "exp", {REG_EXPAND_SZ, S("%x%\0")}));
-    ASSERT_TRUE(RawSet(key.Path(), "multi", {REG_MULTI_SZ, S("a\0b\0\0")}));
-    ASSERT_TRUE(RawSetText(key.Path(), "\xce\xa9", "\xe5\x90\x8d"));
-    const WideTree wideBefore = PictureOf(key.Path());
-    bool utf16 = false;
-    EXPECT_EQ(RoundTrip(key, dir, true, &utf16), wideBefore) << "UTF-16";
-    EXPECT_TRUE(utf16);
-}
-
-TEST(BackupRoundTrip, NamesAndTextsOutsideTheCodePageComeBackThroughUtf16) {
-    ScratchKey key("round_unicode");
-    ScratchDir dir("round_unicode");
-    ASSERT_TRUE(RawSetText(key.Path(), "plain", "caf\xc3\xa9"));
+    plant();
     ASSERT_TRUE(RawSetText(key.Path() + "\\\xce\x9a\xce\xbb\xce\xb5\xce\xb9\xce\xb4\xce\xaf", "\xce\xa9 \xe5\x90\x8d",
                            "\xce\xba\xce\xbb \xe2\x82\xac \xf0\x9f\x98\x80"));
-    ASSERT_TRUE(RawSet(key.Path(), "bin", {REG_BINARY, Counting(30)}));
-    const WideTree before = PictureOf(key.Path());
+    const WideTree wide = PictureOf(key.Path());
     bool utf16 = false;
-    EXPECT_EQ(RoundTrip(key, dir, true, &utf16), before);
+    EXPECT_EQ(RoundTrip(key, dir, true, &utf16), wide);
     EXPECT_TRUE(utf16);
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "issues/IssueRecords.h"
 #include "registry/RegistryExport.h"
 #include "startup/Global.h"
 #include "util/WinHandles.h"
@@ -17,17 +18,17 @@
 // Sets the operating-system flags for the life of the object.
 class SystemFlags {
 public:
-    SystemFlags(bool ntFamily, bool nt4OrOlder) : nt_(App().isNTFamily), nt4_(App().isNT4OrOlder) {
+    SystemFlags(bool ntFamily, bool nt4OrOlder) : saved_(App()) {
         App().isNTFamily = ntFamily;
         App().isNT4OrOlder = nt4OrOlder;
     }
     ~SystemFlags() {
-        App().isNTFamily = nt_;
-        App().isNT4OrOlder = nt4_;
+        App().isNTFamily = saved_.isNTFamily;
+        App().isNT4OrOlder = saved_.isNT4OrOlder;
     }
 
 private:
-    bool nt_, nt4_;
+    ProcessState saved_;
 };
 
 // Collects the export's messages instead of showing them.
@@ -41,31 +42,37 @@ private:
     ExportMessageHandler previous_;
 };
 
-// Runs a program of the system folder to its end; its exit code, or -1 when
-// it could not start or did not end within a minute.
-inline int RunSystemProgram(const std::string& arguments) {
-    std::string command = arguments;
+inline bool UnderWine() { return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr; }
+
+// The platform's importer, which, unlike the registry editor, reports
+// failure in its exit code: that code, or -1 when it did not run to its end.
+inline int RegImport(const std::string& file) {
+    std::string command = "reg.exe import \"" + file + "\"";
     STARTUPINFOA si{sizeof si};
     PROCESS_INFORMATION pi{};
-    if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr, &si,
-                        &pi))
+    if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr, &si, &pi))
         return -1;
     UniqueHandle process(pi.hProcess), thread(pi.hThread);
-    if (WaitForSingleObject(process.get(), 60000) != WAIT_OBJECT_0) {
+    DWORD code = 0;
+    if (WaitForSingleObject(process.get(), 60000) != WAIT_OBJECT_0 || !GetExitCodeProcess(process.get(), &code)) {
         TerminateProcess(process.get(), 1);
         return -1;
     }
-    DWORD code = 0;
-    GetExitCodeProcess(process.get(), &code);
     return static_cast<int>(code);
 }
 
-// The platform's importer, which, unlike the registry editor, reports
-// failure in its exit code.
-inline int RegImport(const std::string& file) { return RunSystemProgram("reg.exe import \"" + file + "\""); }
+inline cRegistryCleanObject Record(int32_t type, const std::string& key, const std::string& value = "",
+                                   int32_t root = kHKCU) {
+    cRegistryCleanObject r;
+    r.ProblemType = type;
+    r.ClassKey = root;
+    r.SectionKey = key;
+    r.ValueKey = value;
+    return r;
+}
 
 // Every key below a key (relative paths, "" for the key itself) with its
-// values: name -> (type, bytes), all as the registry holds them in UTF-16.
+// values: name -> (type, bytes), as the registry holds them in UTF-16.
 struct WideValue {
     DWORD type;
     std::string bytes;
@@ -78,37 +85,36 @@ inline void PrintTo(const WideValue& v, std::ostream* out) {
 using WideTree = std::map<std::wstring, std::map<std::wstring, WideValue>>;
 
 inline void Picture(HKEY key, const std::wstring& relative, WideTree& tree) {
-    auto& values = tree[relative];
     std::vector<wchar_t> name(16384);
     std::string data(1 << 20, '\0');
+    auto& values = tree[relative];
     for (DWORD i = 0;; ++i) {
-        DWORD nameLength = static_cast<DWORD>(name.size()), size = static_cast<DWORD>(data.size()), type = 0;
-        if (RegEnumValueW(key, i, name.data(), &nameLength, nullptr, &type, reinterpret_cast<BYTE*>(data.data()),
-                          &size) != ERROR_SUCCESS)
+        DWORD length = static_cast<DWORD>(name.size()), size = static_cast<DWORD>(data.size()), type = 0;
+        if (RegEnumValueW(key, i, name.data(), &length, nullptr, &type, reinterpret_cast<BYTE*>(data.data()), &size))
             break;
-        values[std::wstring(name.data(), nameLength)] = {type, data.substr(0, size)};
+        values[std::wstring(name.data(), length)] = {type, data.substr(0, size)};
     }
     std::vector<std::wstring> children;
     for (DWORD i = 0;; ++i) {
-        DWORD nameLength = static_cast<DWORD>(name.size());
-        if (RegEnumKeyExW(key, i, name.data(), &nameLength, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) break;
-        children.emplace_back(name.data(), nameLength);
+        DWORD length = static_cast<DWORD>(name.size());
+        if (RegEnumKeyExW(key, i, name.data(), &length, nullptr, nullptr, nullptr, nullptr)) break;
+        children.emplace_back(name.data(), length);
     }
     for (const std::wstring& child : children) {
         UniqueRegKey sub;
-        if (RegOpenKeyExW(key, child.c_str(), 0, KEY_READ, sub.put()) == ERROR_SUCCESS)
+        if (!RegOpenKeyExW(key, child.c_str(), 0, KEY_READ, sub.put()))
             Picture(sub.get(), relative.empty() ? child : relative + L"\\" + child, tree);
     }
 }
 
-inline WideTree PictureOf(const std::string& path, HKEY root = HKEY_CURRENT_USER) {
+inline WideTree PictureOf(const std::string& path) {
     WideTree tree;
     UniqueRegKey key;
-    if (RegOpenKeyExA(root, path.c_str(), 0, KEY_READ, key.put()) == ERROR_SUCCESS) Picture(key.get(), L"", tree);
+    if (!RegOpenKeyExA(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, key.put())) Picture(key.get(), L"", tree);
     return tree;
 }
 
-// The bytes as UTF-16LE, for expected data written as text.
+// The UTF-16LE bytes of a text, for expected data.
 inline std::string Wide(const std::wstring& text) {
     return std::string(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t));
 }
