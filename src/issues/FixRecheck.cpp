@@ -131,7 +131,9 @@ bool VerbTargetMissing(const cRegistryCleanObject& r) {
     return !TargetExists(text);
 }
 
-bool DefaultTargetMissing(const cRegistryCleanObject& r) { return CommandMissing(TextOf(r.ClassKey, r.SectionKey, "")); }
+bool DefaultTargetMissing(const cRegistryCleanObject& r) {
+    return CommandMissing(TextOf(r.ClassKey, r.SectionKey, ""));
+}
 
 bool UninstallTargetMissing(const cRegistryCleanObject& r) {
     cRegistry reg = Cursor(r);

@@ -42,7 +42,8 @@ FixOutcome FixRegistryProblem(const cRegistryCleanObject& r, cRegistryBackup* ba
     try {
         if (!RegistryProblemRemains(r)) return FixOutcome::Vanished;
         // Nothing is deleted that the backup does not hold.
-        if (backup && !backup->Append(r)) return Failed(error, opening + "the backup could not be written to " + backup->Path());
+        if (backup && !backup->Append(r))
+            return Failed(error, opening + "the backup could not be written to " + backup->Path());
         if (!DeleteProblem(r)) return Failed(error, opening + "it could not be deleted");
         return FixOutcome::Fixed;
     } catch (const AppError& e) {

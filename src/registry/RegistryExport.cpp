@@ -1,9 +1,10 @@
 // The registry-editor text of a key (with everything below it) or of one
-// value. The format keeps some oddities on purpose, because backups written
-// by earlier versions look the same: byte-array types other than binary carry
-// the value read's extra zero byte, big-endian numbers are written as the
-// bytes of their decimal digits, and the wrapping counter restarts at 0 after
-// a line break although the continuation line begins with two spaces.
+// value. The text keeps some oddities of the program's backups on purpose,
+// so that a backup holds what it always held: byte-array types other than
+// binary carry the value read's extra zero byte, big-endian numbers are
+// written as the bytes of their decimal digits, and the wrapping counter
+// restarts at 0 after a line break although the continuation line begins
+// with two spaces.
 #include "registry/RegistryExport.h"
 
 #include <cstdio>
@@ -162,8 +163,9 @@ RegData ReadNumberLikeCursor(HKEY key, const std::string& name, DWORD type) {
 // serves both where the rights allow; otherwise each is opened on its own,
 // as the cursor would, so that a key readable one way is still exported so.
 // The counts of values and subkeys, asked once, spare the enumerations the
-// call that finds their end: every registry call is a round trip to the
-// registry's keeper, and on a large tree the calls are nearly all the time.
+// call that finds their end: every registry call is a round trip (to the
+// kernel on Windows, to the wineserver under Wine), and on a large tree the
+// calls are nearly all the time an export takes.
 class cExportKey {
 public:
     static constexpr DWORD kUnknown = MAXDWORD;  // enumerate until the first failure

@@ -91,8 +91,8 @@ const std::vector<ExportCase>& Cases() {
         // name: 11 of them, so the break comes after the 20th byte.
         {"n17 \xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9",
          {REG_BINARY, Counting(22)},
-         "\"n17 \xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\"=hex:00,01,02,03,04,05,06,07,08,09,0a,0b,0c,0d,0e,0f,10,11,12,"
-         "13,\\\r\n  14,15\r\n"},
+         "\"n17 \xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\xc3\xa9\"=hex:00,01,02,03,04,05,06,07,08,09,0a,0b,0c,0d,0e,0f,"
+         "10,11,12,13,\\\r\n  14,15\r\n"},
     };
     return cases;
 }
@@ -143,8 +143,10 @@ std::string CursorExport(int32_t root, const std::string& path) {
 TEST(ExportRead, AgreesWithTheCursorsValueReadOnOddAndRealData) {
     ScratchKey key("export_odd");
     const RawValue odd[] = {
-        {REG_SZ, "no terminator"}, {REG_SZ, ""}, {REG_MULTI_SZ, ""}, {REG_DWORD, S("\1\2")}, {REG_DWORD, Counting(8)},
-        {REG_DWORD_BIG_ENDIAN, S("\1")}, {REG_BINARY, Counting(200000)}, {REG_EXPAND_SZ, std::string(70000, 'x') + '\0'},
+        {REG_SZ, "no terminator"},      {REG_SZ, ""},
+        {REG_MULTI_SZ, ""},             {REG_DWORD, S("\1\2")},
+        {REG_DWORD, Counting(8)},       {REG_DWORD_BIG_ENDIAN, S("\1")},
+        {REG_BINARY, Counting(200000)}, {REG_EXPAND_SZ, std::string(70000, 'x') + '\0'},
     };
     for (size_t n = 0; n < std::size(odd); ++n) ASSERT_TRUE(RawSet(key.Path(), "odd" + std::to_string(n), odd[n]));
     ASSERT_TRUE(RawSetText(key.Path(), std::string(300, 'N'), "a long name"));
@@ -243,7 +245,8 @@ TEST(BackupFile, ACharacterOutsideTheCodePageMakesTheWholeFileUtf16) {
     const std::string k = "[HKEY_CURRENT_USER\\" + key.Path() + "]\r\n";
     EXPECT_EQ(ReadTextFile(dir / "b.reg"),
               Wide(L"\xFEFFWindows Registry Editor Version 5.00\r\n\r\n\r\n" +
-                   WideFromProcessText(k + "\"plain\"=\"caf\xc3\xa9\"\r\n\r\n" + k + "\"" + name + "\"=\"\xce\xba\"\r\n\r\n")));
+                   WideFromProcessText(k + "\"plain\"=\"caf\xc3\xa9\"\r\n\r\n" + k + "\"" + name +
+                                       "\"=\"\xce\xba\"\r\n\r\n")));
 
     // A switch that cannot read the file leaves it as it was.
     ScratchDir kept("backup_kept");

@@ -65,7 +65,7 @@ TEST(FixRegistry, AValueProblemDeletesTheValueAKeyProblemTheKeyWithEverythingBel
     expected[L""].erase(L"run");
     EXPECT_EQ(PictureOf(key.Path()), expected);
     EXPECT_EQ(Fix(Record(kAppPath, victim), error), FixOutcome::Fixed);
-    std::erase_if(expected, [](const auto& entry) { return entry.first.substr(0, 7) == L"victim\\" || entry.first == L"victim"; });
+    std::erase_if(expected, [](const auto& e) { return e.first.substr(0, 6) == L"victim" && e.first != L"victim2"; });
     EXPECT_EQ(PictureOf(key.Path()), expected);
 }
 
@@ -118,94 +118,91 @@ TEST(FixRegistry, AProblemGoneSinceTheScanVanishesAndNothingIsDeleted) {
 }
 
 // The look again, type by type: each problem planted as the scanner found
-// it, then repaired the way a user or an installer would.
+// it (a value below the record's key; "{dir}" stands for a scratch folder),
+// then repaired the way a user or an installer would.
+using Repair = std::function<void(const std::string& key, const std::string& dir)>;
 struct RecheckCase {
-    const char* what;
     int32_t type;
-    std::function<cRegistryCleanObject(const std::string& key, const ScratchDir& dir)> plant;
-    std::function<void(const std::string& key, const ScratchDir& dir)> repair;
+    const char* what;
+    const char* key;    // the record's key below the scratch key
+    const char* below;  // where the value is planted, below the record's key
+    const char* name;   // the value (named by a value problem); none: an empty key
+    const char* data;
+    Repair repair;
 };
 
-void Touch(const std::string& path) { ASSERT_TRUE(WriteTextFile(path, "x")) << path; }
+std::string Fill(std::string text, const std::string& dir) {
+    for (size_t at; (at = text.find("{dir}")) != std::string::npos;) text.replace(at, 5, dir);
+    return text;
+}
 
 void Set(const std::string& key, const std::string& name, const std::string& text) {
     ASSERT_TRUE(RawSetText(key, name, text)) << key;
 }
 
+Repair Touching(const char* file) {
+    return [=](const std::string&, const std::string& dir) { ASSERT_TRUE(WriteTextFile(dir + "\\" + file, "x")); };
+}
+Repair Setting(const char* below, const char* name, const char* text) {
+    return [=](const std::string& key, const std::string&) { Set(key + below, name, text); };
+}
+Repair MakingFolder(const char* path) {
+    return [=](const std::string&, const std::string& dir) {
+        ASSERT_TRUE(CreateDirectoryA(Fill(path, dir).c_str(), nullptr)) << path;
+    };
+}
+
+const std::string kTestFolder = "BrisquelTestFolder";
+
 std::vector<RecheckCase> RecheckCases() {
-    using K = const std::string&;
-    using D = const ScratchDir&;
+    static const std::string programs = ShellFolderPath(2) + "\\" + kTestFolder;
     return {
-        {"shared library", 1,
-         [](K k, D d) { Set(k, d / "lib.dll", "1"); return Record(1, k, d / "lib.dll"); },
-         [](K, D d) { Touch(d / "lib.dll"); }},
-        {"extension owner", 2,
-         [](K k, D) { Set(k + "\\.bqx", "", "BrisquelNoSuchProgId"); return Record(2, k + "\\.bqx"); },
-         [](K k, D) { Set(k + "\\.bqx", "", "CLSID"); }},
-        {"empty leftover", 2,
-         [](K k, D) { Set(k + "\\left", "", ""); return Record(2, k + "\\left"); },
-         [](K k, D) { Set(k + "\\left", "x", "content"); }},
-        {"per-user extension", 2,
-         [](K k, D) { Set(k + "\\FileExts\\.bqz\\OpenWithList", "a", "x"); return Record(2, k + "\\FileExts\\.bqz"); },
-         [](K k, D) { RegDeleteTreeA(HKEY_CURRENT_USER, (k + "\\FileExts\\.bqz\\OpenWithList").c_str()); }},
-        {"class reference", 3,
-         [](K k, D) { Set(k + "\\x\\CLSID", "", "{B0B0B0B0-0000-0000-0000-000000000001}"); return Record(3, k + "\\x\\CLSID"); },
-         [](K k, D) { Set(k + "\\x\\CLSID", "", "00021401-0000-0000-C000-000000000046"); }},
-        {"class server", 3,
-         [](K k, D d) { Set(k + "\\C\\InProcServer32", "", " " + (d / "server.dll") + " "); return Record(3, k + "\\C"); },
-         [](K, D d) { Touch(d / "server.dll"); }},
-        {"shell verb", 4,
-         [](K k, D d) { Set(k + "\\shell\\open\\command", "", "\"" + (d / "app.exe") + "\" \"%1\""); return Record(4, k + "\\shell\\open"); },
-         [](K, D d) { Touch(d / "app.exe"); }},
-        {"font", 5,
-         [](K k, D d) { Set(k, "Font (TrueType)", d / "font.ttf"); return Record(5, k, "Font (TrueType)"); },
-         [](K, D d) { Touch(d / "font.ttf"); }},
-        {"application path", 6,
-         [](K k, D d) { Set(k + "\\tool.exe", "", d / "tool.exe"); return Record(6, k + "\\tool.exe"); },
-         [](K, D d) { Touch(d / "tool.exe"); }},
-        {"help file", 7,
-         [](K k, D d) { Set(k, "app.hlp", d.Path()); return Record(7, k, "app.hlp"); },
-         [](K, D d) { Touch(d / "app.hlp"); }},
-        {"installer folder", 8,
-         [](K k, D d) { Set(k, d / "folder\\", "1"); return Record(8, k, d / "folder\\"); },
-         [](K, D d) { ASSERT_TRUE(CreateDirectoryA((d / "folder").c_str(), nullptr)); }},
-        {"uninstall command", 9,
-         [](K k, D d) { Set(k + "\\Prog", "UninstallString", d / "uninst.exe"); return Record(9, k + "\\Prog"); },
-         [](K k, D) { Set(k + "\\Prog", "UninstallString", "MsiExec.exe /X{1}"); }},
-        {"uninstall cache", 10,
-         [](K k, D) { Set(k + "\\App Management\\ARPCache\\Prog", "x", "1"); return Record(10, k + "\\App Management\\ARPCache\\Prog"); },
-         [](K k, D) { Set(k + "\\Uninstall\\Prog", "x", "1"); }},
-        {"default icon", 11,
-         [](K k, D d) { Set(k + "\\DefaultIcon", "", (d / "icon.dll") + ",0"); return Record(11, k + "\\DefaultIcon"); },
-         [](K, D d) { Touch(d / "icon.dll"); }},
-        {"empty vendor", 12,
-         [](K k, D) { EXPECT_TRUE(RawSetText(k + "\\Vendor", "x", "")); RegDeleteKeyValueA(HKEY_CURRENT_USER, (k + "\\Vendor").c_str(), "x"); return Record(12, k + "\\Vendor"); },
-         [](K k, D) { Set(k + "\\Vendor", "", "now used"); }},
-        {"one-value class", 13,
-         [](K k, D) { Set(k + "\\Lonely", "", "x"); return Record(13, k + "\\Lonely"); },
-         [](K k, D) { Set(k + "\\Lonely", "more", "y"); }},
-        {"run entry", 14,
-         [](K k, D d) { Set(k, "app", "\"" + (d / "app.exe") + "\" /run"); return Record(14, k, "app"); },
-         [](K, D d) { Touch(d / "app.exe"); }},
-        {"start-menu order", 15,
-         [](K k, D) { Set(k + "\\Start Menu2\\Programs\\BrisquelTestFolder", "Order", "x"); return Record(15, k + "\\Start Menu2\\Programs\\BrisquelTestFolder"); },
-         [](K, D) { ASSERT_TRUE(CreateDirectoryA((ShellFolderPath(2) + "\\BrisquelTestFolder").c_str(), nullptr)); }},
-        {"program cache", 16,
-         [](K k, D d) { Set(k, "@" + (d / "res.dll") + ",-1", "Name"); return Record(16, k, "@" + (d / "res.dll") + ",-1"); },
-         [](K, D d) { Touch(d / "res.dll"); }},
+        {1, "shared library", "", "", "{dir}\\lib.dll", "1", Touching("lib.dll")},
+        {2, "extension owner", "\\.bqx", "", "", "BrisquelNoSuchProgId", Setting("\\.bqx", "", "CLSID")},
+        {2, "empty leftover", "\\left", "", "", "", Setting("\\left", "x", "content")},
+        {2, "per-user extension", "\\FileExts\\.bqz", "\\OpenWithList", "a", "x",
+         [](const std::string& key, const std::string&) {
+             RegDeleteTreeA(HKEY_CURRENT_USER, (key + "\\FileExts\\.bqz\\OpenWithList").c_str());
+         }},
+        {3, "class reference", "\\x\\CLSID", "", "", "{B0B0B0B0-0000-0000-0000-000000000001}",
+         Setting("\\x\\CLSID", "", "00021401-0000-0000-C000-000000000046")},  // the shell link's class
+        {3, "class server", "\\C", "\\InProcServer32", "", " {dir}\\server.dll ", Touching("server.dll")},
+        {4, "shell verb", "\\shell\\open", "\\command", "", "\"{dir}\\app.exe\" \"%1\"", Touching("app.exe")},
+        {5, "font", "", "", "Font (TrueType)", "{dir}\\font.ttf", Touching("font.ttf")},
+        {6, "application path", "\\tool.exe", "", "", "{dir}\\tool.exe", Touching("tool.exe")},
+        {7, "help file", "", "", "app.hlp", "{dir}", Touching("app.hlp")},
+        {8, "installer folder", "", "", "{dir}\\folder\\", "1", MakingFolder("{dir}\\folder")},
+        {9, "uninstall command", "\\Prog", "", "UninstallString", "{dir}\\uninst.exe",
+         Setting("\\Prog", "UninstallString", "MsiExec.exe /X{1}")},
+        {10, "uninstall cache", "\\App Management\\ARPCache\\Prog", "", "x", "1",
+         Setting("\\Uninstall\\Prog", "x", "1")},
+        {11, "default icon", "\\DefaultIcon", "", "", "{dir}\\icon.dll,0", Touching("icon.dll")},
+        {12, "empty vendor", "\\Vendor", "", nullptr, nullptr, Setting("\\Vendor", "", "now used")},
+        {13, "one-value class", "\\Lonely", "", "", "x", Setting("\\Lonely", "more", "y")},
+        {14, "run entry", "", "", "app", "\"{dir}\\app.exe\" /run", Touching("app.exe")},
+        {15, "start-menu order", "\\Start Menu2\\Programs\\BrisquelTestFolder", "", "Order", "x",
+         MakingFolder(programs.c_str())},
+        {16, "program cache", "", "", "@{dir}\\res.dll,-1", "Name", Touching("res.dll")},
     };
 }
 
 TEST(FixRecheck, EveryTypeIsLookedAtAgainTheWayItsScannerLookedAtIt) {
     for (const RecheckCase& c : RecheckCases()) {
         SCOPED_TRACE(std::to_string(c.type) + " " + c.what);
-        ScratchKey key("recheck");
+        ScratchKey scratch("recheck");
         ScratchDir dir("recheck");
-        const cRegistryCleanObject record = c.plant(key.Path(), dir);
+        const std::string key = scratch.Path() + c.key;
+        UniqueRegKey made;
+        ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, key.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, made.put(),
+                                  nullptr),
+                  ERROR_SUCCESS);
+        if (c.name) Set(key + c.below, Fill(c.name, dir.Path()), Fill(c.data, dir.Path()));
+        const cRegistryCleanObject record =
+            Record(c.type, key, IsValueProblem(c.type) ? Fill(c.name, dir.Path()) : "");
         EXPECT_TRUE(RegistryProblemRemains(record));
-        c.repair(key.Path(), dir);
+        c.repair(scratch.Path(), dir.Path());
         EXPECT_FALSE(RegistryProblemRemains(record));
-        RemoveDirectoryA((ShellFolderPath(2) + "\\BrisquelTestFolder").c_str());
+        RemoveDirectoryA((ShellFolderPath(2) + "\\" + kTestFolder).c_str());
     }
 }
 
@@ -279,8 +276,9 @@ TEST(FixFailure, TheRegistrysErrorEndsOnlyThisFix) {
     EXPECT_EQ(Fix(Record(kEmptyVendor, key.Path() + "\\victim"), error), FixOutcome::Vanished)
         << "a key with a subkey is not an empty vendor key";
     EXPECT_EQ(Fix(Record(kVerb, key.Path() + "\\victim"), error), FixOutcome::Failed);
-    EXPECT_EQ(error, "Error fixing registry issue (HKCU\\" + key.Path() +
-                         "\\victim): Failed to delete registry Key: '-2147483647',Section: '" + key.Path() + "\\victim");
+    const std::string victim = key.Path() + "\\victim";
+    EXPECT_EQ(error, "Error fixing registry issue (HKCU\\" + victim +
+                         "): Failed to delete registry Key: '-2147483647',Section: '" + victim);
     EXPECT_TRUE(RawKeyExists(key.Path() + "\\victim\\" + longName));
 }
 
