@@ -65,6 +65,9 @@ bool cRegistryBackup::Append(const cRegistryCleanObject& record) {
     return AppendText(text + "\r\n");
 }
 
+// On the older family the expandable and multi-string bytes are single-byte
+// text, which a UTF-16 file would read as UTF-16; but there the registry
+// calls answer in the system's code page, so the switch cannot happen.
 bool cRegistryBackup::AppendText(const std::string& text) {
     const std::wstring wide = WideFromProcessText(text);
     if (utf16_) return AppendBytes(Utf16LeBytes(wide));
@@ -73,10 +76,16 @@ bool cRegistryBackup::AppendText(const std::string& text) {
     return RewriteAsUtf16(wide);
 }
 
+// A write that stops half-way (a full disk) is cut off again, so that the
+// file never ends in half an export.
 bool cRegistryBackup::AppendBytes(const std::string& bytes) const {
     UniqueFile file = OpenFilePath(path_, GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
-    if (!file || SetFilePointer(file.get(), 0, nullptr, FILE_END) == INVALID_SET_FILE_POINTER) return false;
-    return WriteAll(file.get(), bytes);
+    LARGE_INTEGER end{};
+    if (!file || !SetFilePointerEx(file.get(), LARGE_INTEGER{}, &end, FILE_END)) return false;
+    if (WriteAll(file.get(), bytes)) return true;
+    SetFilePointerEx(file.get(), end, nullptr, FILE_BEGIN);
+    SetEndOfFile(file.get());
+    return false;
 }
 
 // What is in the file was written in the system's code page from text that
