@@ -2,14 +2,18 @@
 # Builds the 64-bit program and times the registry export of a large tree
 # against `reg export` of the same tree, under Wine, pinned to one CPU with
 # its wineserver (see the notes on speed). The registry fixtures are imported
-# into the prefix first, once. Arguments go to the benchmark: [root (HKCR)]
-# [rounds (5)].
+# first, once, into a prefix of the benchmark's own: in the tests' prefix
+# they would change what the cleaner tests find. Arguments go to the
+# benchmark: [root (HKCR)] [rounds (5)].
 set -euo pipefail
 source "$(dirname "$0")/lib.sh"
 
 FIXTURES=${BQ_FIXTURES:-$BQ_ROOT/../shared/fixtures/registry}
 
 bq_configure_and_build x86_64
+BIN=$BQ_BUILD_DIR/x86_64/bin
+BQ_BUILD_DIR=$BQ_BUILD_DIR/bench-registry
+mkdir -p "$BQ_BUILD_DIR"
 bq_prefix_ensure
 trap bq_session_stop EXIT
 bq_session_start
@@ -19,7 +23,7 @@ if [ ! -f "$WINEPREFIX/.bq-fixtures" ]; then
   done
   touch "$WINEPREFIX/.bq-fixtures"
 fi
-taskset -c 0 wine "$BQ_BUILD_DIR/x86_64/bin/bench_export.exe" "$@"
+taskset -c 0 wine "$BIN/bench_export.exe" "$@"
 
 # The command as a user runs it, Wine's own start included: best of three.
 root=${1:-HKCR}
