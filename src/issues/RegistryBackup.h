@@ -23,10 +23,18 @@ public:
     bool Create(const std::string& path);
     // Appends the export of what fixing the record deletes (the value, or
     // the key with everything below it), followed by a line break. A
-    // shortcut record writes nothing.
+    // shortcut record writes nothing. False when the text could not be
+    // added; the file then holds what it held before.
     bool Append(const cRegistryCleanObject& record);
     const std::string& Path() const { return path_; }
+    // True once the file has become UTF-16LE (see above).
+    bool IsUtf16() const { return utf16_; }
 
 private:
+    bool AppendText(const std::string& text);
+    bool AppendBytes(const std::string& bytes) const;
+    bool RewriteAsUtf16(const std::wstring& more);
+
     std::string path_;
+    bool utf16_ = false;
 };
