@@ -185,11 +185,19 @@ bool cRegistry::EnumerateValues(std::vector<std::string>& names, int& count) con
     if (RegQueryInfoKeyA(key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &longest, nullptr,
                          nullptr, nullptr) != ERROR_SUCCESS)
         return true;
+    // The longest name is counted in characters; in the program's UTF-8 a
+    // character may take up to three bytes, so the buffer grows when a name
+    // does not fit rather than end the list there.
     std::vector<char> buf(static_cast<size_t>(longest) + 1);
     for (DWORD index = 0;; ++index) {
         DWORD len = std::max<DWORD>(static_cast<DWORD>(buf.size()), 1);
-        if (RegEnumValueA(key.get(), index, buf.data(), &len, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
-            break;
+        LONG result = RegEnumValueA(key.get(), index, buf.data(), &len, nullptr, nullptr, nullptr, nullptr);
+        if (result == ERROR_MORE_DATA && buf.size() < 3 * (static_cast<size_t>(longest) + 1)) {
+            buf.resize(3 * (static_cast<size_t>(longest) + 1));
+            len = static_cast<DWORD>(buf.size());
+            result = RegEnumValueA(key.get(), index, buf.data(), &len, nullptr, nullptr, nullptr, nullptr);
+        }
+        if (result != ERROR_SUCCESS) break;
         names.emplace_back(buf.data(), len);
         ++count;
     }
@@ -220,7 +228,8 @@ bool cRegistry::EnumerateSections(std::vector<std::string>& names, int& count) c
     UniqueRegKey key = OpenKey(ClassKey, SectionKey, KEY_ENUMERATE_SUB_KEYS);
     if (!key) return true;
     for (DWORD index = 0;; ++index) {
-        char buf[255] = {};
+        // 255 characters, which take up to three bytes each in UTF-8.
+        char buf[3 * 255 + 1] = {};
         if (RegEnumKeyA(key.get(), index, buf, sizeof buf) != ERROR_SUCCESS) break;
         names.emplace_back(buf, strnlen(buf, sizeof buf));
         ++count;

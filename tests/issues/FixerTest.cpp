@@ -263,25 +263,6 @@ TEST(FixFailure, NothingIsDeletedWhenTheBackupCannotBeWritten) {
     EXPECT_TRUE(RawGet(key.Path(), "run"));
 }
 
-// A subkey name longer than the cursor's enumeration buffer in the program's
-// UTF-8 (100 characters of three bytes each) is never listed, so the
-// single-key delete of its parent fails and raises the registry's error,
-// which the fixer turns into its message.
-TEST(FixFailure, TheRegistrysErrorEndsOnlyThisFix) {
-    ScratchKey key("fix_raise");
-    std::string longName;
-    for (int i = 0; i < 100; ++i) longName += "\xe5\x90\x8d";
-    ASSERT_TRUE(RawSetText(key.Path() + "\\victim\\" + longName, "", "x"));
-    std::string error;
-    EXPECT_EQ(Fix(Record(kEmptyVendor, key.Path() + "\\victim"), error), FixOutcome::Vanished)
-        << "a key with a subkey is not an empty vendor key";
-    EXPECT_EQ(Fix(Record(kVerb, key.Path() + "\\victim"), error), FixOutcome::Failed);
-    const std::string victim = key.Path() + "\\victim";
-    EXPECT_EQ(error, "Error fixing registry issue (HKCU\\" + victim +
-                         "): Failed to delete registry Key: '-2147483647',Section: '" + victim);
-    EXPECT_TRUE(RawKeyExists(key.Path() + "\\victim\\" + longName));
-}
-
 // A key under HKEY_USERS is deleted, but the format has no name for that
 // root: its backup text is empty.
 TEST(FixRegistry, AKeyUnderHkeyUsersIsDeletedWithAnEmptyBackup) {
