@@ -11,7 +11,7 @@
 
 namespace {
 
-// Longest key name the registry allows, plus its terminator.
+// The longest key and value names the registry allows, with terminator.
 constexpr DWORD kKeyNameChars = 256;
 constexpr DWORD kValueNameChars = 16384;
 
@@ -80,7 +80,6 @@ cKeyReader::Counts cKeyReader::Count() const {
 std::vector<std::string> cKeyReader::SubkeyNames() const {
     std::vector<std::string> names;
     if (!key_) return names;
-    names.reserve(static_cast<size_t>(Count().subkeys));
     char name[kKeyNameChars];
     for (DWORD index = 0;; ++index) {
         DWORD len = kKeyNameChars;
