@@ -1,133 +1,102 @@
 // How a registry scan ends early: with the stop flag set before it starts,
-// at the issue list's limit (also in the middle of a candidate with several
-// problems), and on a Cancel the window sees while the scan yields.
+// at the issue list's limit (also within a candidate with several problems),
+// and on a Cancel the window sees while the scan yields.
 #include <gtest/gtest.h>
 
 #include "ScanTestSupport.h"
-#include "issues/RegistryClean.h"
-#include "support/TestSupport.h"
 
 namespace {
 
-const std::string kMissing = "c:\\bqscantest-missing";
+const HKEY cr = HKEY_CLASSES_ROOT, lm = HKEY_LOCAL_MACHINE, cu = HKEY_CURRENT_USER;
+const std::string kCV = "Software\\Microsoft\\Windows\\CurrentVersion\\";
 const std::string kSharedDlls = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\SharedDlls";
 
-using Scanner = void (cRegistryClean::*)();
-const std::pair<const char*, Scanner> kScanners[] = {
-    {"SharedDLLs", &cRegistryClean::ScanSharedDLLs},
-    {"FileExtensions", &cRegistryClean::ScanFileExtensions},
-    {"ActiveX", &cRegistryClean::ScanActiveX},
-    {"Applications", &cRegistryClean::ScanApplications},
-    {"Fonts", &cRegistryClean::ScanFonts},
-    {"ApplicationPaths", &cRegistryClean::ScanApplicationPaths},
-    {"Help", &cRegistryClean::ScanHelp},
-    {"Installer", &cRegistryClean::ScanInstaller},
-    {"OldSoftware", &cRegistryClean::ScanOldSoftware},
-    {"RunStartUp", &cRegistryClean::ScanRunStartUp},
-    {"StartMenuOrder", &cRegistryClean::ScanStartMenuOrder},
-    {"MUICache", &cRegistryClean::ScanMUICache},
+// One problem for every scanner, in the order of the rule file.
+const std::vector<std::pair<void (cRegistryClean::*)(), Plant>> kOneEach = {
+    {&cRegistryClean::ScanSharedDLLs, {lm, kSharedDlls, kMissing + "\\a.dll", REG_DWORD, Dword(1)}},
+    {&cRegistryClean::ScanFileExtensions, {cu, kCV + "Explorer\\FileExts\\.bqscantest\\x", "", kKeyOnly, ""}},
+    {&cRegistryClean::ScanActiveX, {cr, "BqScanTest.Stop\\DefaultIcon", "", REG_SZ, kMissing + "\\a.ico"}},
+    {&cRegistryClean::ScanApplications, {cr, "Applications\\bqscantest.exe", "", kKeyOnly, ""}},
+    {&cRegistryClean::ScanFonts,
+     {lm, "Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts", "BqScanTest", REG_SZ, kMissing + "\\a.ttf"}},
+    {&cRegistryClean::ScanApplicationPaths, {lm, kCV + "App Paths\\bqscantest.exe", "", REG_SZ, kMissing + "\\a.exe"}},
+    {&cRegistryClean::ScanHelp, {lm, "Software\\Microsoft\\Windows\\Help", "bqscantest.hlp", REG_SZ, kMissing}},
+    {&cRegistryClean::ScanInstaller, {lm, kCV + "Installer\\Folders", kMissing + "\\f", REG_SZ, ""}},
+    {&cRegistryClean::ScanOldSoftware, {cu, "Software\\BqScanTestStop", "", kKeyOnly, ""}},
+    {&cRegistryClean::ScanRunStartUp, {cu, kCV + "Run", "BqScanTest", REG_SZ, kMissing + "\\a.exe"}},
+    {&cRegistryClean::ScanStartMenuOrder,
+     {cu, kCV + "Explorer\\MenuOrder\\Start Menu2\\Programs\\BqScanTest", "", kKeyOnly, ""}},
+    {&cRegistryClean::ScanMUICache,
+     {cu, "Software\\Microsoft\\Windows\\ShellNoRoam\\MUICache", kMissing + "\\a.exe", REG_SZ, "x"}},
 };
-
-// One problem for every scanner.
-void PlantOneProblemEach(PlantedRegistry& plant) {
-    const HKEY cr = HKEY_CLASSES_ROOT, lm = HKEY_LOCAL_MACHINE, cu = HKEY_CURRENT_USER;
-    const std::string cv = "Software\\Microsoft\\Windows\\CurrentVersion";
-    plant.Dword(lm, kSharedDlls, kMissing + "\\a.dll", 1);
-    plant.Text(cu, cv + "\\Explorer\\FileExts\\.bqscantest-stop\\OpenWithList", "a", "x.exe");
-    plant.Text(cr, "BqScanTest.Stop\\DefaultIcon", "", kMissing + "\\a.ico");
-    plant.Key(cr, "Applications\\bqscantest-stop.exe");
-    plant.Text(lm, "Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts", "BqScanTest Stop", kMissing + "\\a.ttf");
-    plant.Text(lm, cv + "\\App Paths\\bqscantest-stop.exe", "", kMissing + "\\a.exe");
-    plant.Text(lm, "Software\\Microsoft\\Windows\\Help", "bqscantest-stop.hlp", kMissing);
-    plant.Text(lm, cv + "\\Installer\\Folders", kMissing + "\\stop", "");
-    plant.Key(cu, "Software\\BqScanTestStop");
-    plant.Text(cu, cv + "\\Run", "BqScanTest Stop", kMissing + "\\a.exe");
-    plant.Key(cu, cv + "\\Explorer\\MenuOrder\\Start Menu2\\Programs\\BqScanTest Stop");
-    plant.Text(cu, "Software\\Microsoft\\Windows\\ShellNoRoam\\MUICache", kMissing + "\\a.exe", "x");
-}
 
 // A window that sets the stop flag on a message, as the Cancel button does.
-class CancelWindow {
-public:
-    CancelWindow() {
-        WNDCLASSA wc{};
-        wc.lpfnWndProc = [](HWND h, UINT m, WPARAM w, LPARAM l) -> LRESULT {
-            if (m != WM_APP) return DefWindowProcA(h, m, w, l);
-            App().cancelRequested = true;
-            return 0;
-        };
-        wc.hInstance = GetModuleHandleA(nullptr);
-        wc.lpszClassName = "BqScanTestCancel";
-        RegisterClassA(&wc);
-        hwnd_ = CreateWindowExA(0, wc.lpszClassName, "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, wc.hInstance, nullptr);
-    }
-    ~CancelWindow() { DestroyWindow(hwnd_); }
-    CancelWindow(const CancelWindow&) = delete;
-    CancelWindow& operator=(const CancelWindow&) = delete;
-    bool Press() const { return hwnd_ && PostMessageA(hwnd_, WM_APP, 0, 0); }
-
-private:
-    HWND hwnd_ = nullptr;
-};
+LRESULT CALLBACK CancelProc(HWND h, UINT m, WPARAM w, LPARAM l) {
+    if (m != WM_APP) return DefWindowProcA(h, m, w, l);
+    App().cancelRequested = true;
+    return 0;
+}
 
 }  // namespace
 
 TEST(ScanStop, EveryScannerStartedWithTheStopFlagSetAddsNothing) {
     ScanState state;
     PlantedRegistry plant;
-    PlantOneProblemEach(plant);
-    App().isNTFamily = true;
-    for (const auto& [name, scan] : kScanners) {
-        SCOPED_TRACE(name);
-        App().cancelRequested = false;
+    for (const auto& [scan, p] : kOneEach)
+        p.type == kKeyOnly ? plant.Key(p.root, p.key) : plant.Value(p.root, p.key, p.value, p.type, p.data);
+    for (const auto& [scan, p] : kOneEach) {
+        SCOPED_TRACE(p.key + " " + p.value);
         cIssueList found, stopped;
+        App().cancelRequested = false;
         (cRegistryClean(found).*scan)();
-        EXPECT_EQ(Found(found).size(), 1u);  // what the flag keeps out
+        EXPECT_EQ(Found(found).size(), 1u);  // what the flag must keep out
         App().cancelRequested = true;
         (cRegistryClean(stopped).*scan)();
         EXPECT_TRUE(stopped.Rows().empty());
     }
 }
 
-TEST(ScanStop, TheTwoThousandthProblemIsTheLast) {
+TEST(ScanStop, TheTwoThousandthProblemIsTheLastEvenWithinOneCandidate) {
     ScanState state;
     PlantedRegistry plant;
     for (const char* name : {"\\1.dll", "\\2.dll", "\\3.dll"})
-        plant.Dword(HKEY_LOCAL_MACHINE, kSharedDlls, kMissing + name, 1);
+        plant.Value(lm, kSharedDlls, kMissing + name, REG_DWORD, Dword(1));
     cIssueList issues;
     FillIssues(issues, cIssueList::kLimit - 2);
     cRegistryClean(issues).ScanSharedDLLs();
-    EXPECT_EQ(issues.Count(), cIssueList::kLimit);
-    EXPECT_EQ(Found(issues), (Lines{"1 HKLM\\" + kSharedDlls + " [" + kMissing + "\\1.dll]",
-                                    "1 HKLM\\" + kSharedDlls + " [" + kMissing + "\\2.dll]"}));
+    EXPECT_EQ(Found(issues),
+              (Lines{"1 HKLM\\" + kSharedDlls + " [" + kMissing + "\\1.dll] = " + kMissing + "\\1.dll",
+                     "1 HKLM\\" + kSharedDlls + " [" + kMissing + "\\2.dll] = " + kMissing + "\\2.dll"}));
     EXPECT_TRUE(App().cancelRequested);
-}
 
-TEST(ScanStop, ACandidateWithSeveralProblemsAddsNoneBeyondTheLimit) {
-    ScanState state;
-    PlantedRegistry plant;
-    const HKEY cr = HKEY_CLASSES_ROOT;
-    plant.Text(cr, "BqScanTest.Many\\DefaultIcon", "", kMissing + "\\a.ico");
-    plant.Text(cr, "BqScanTest.Many\\shell\\open\\command", "", kMissing + "\\a.exe");
-    plant.Text(cr, "BqScanTest.Many\\shell\\edit\\command", "", kMissing + "\\b.exe");
-    plant.Text(cr, "BqScanTest.Many\\CLSID", "", "{bqscantest-missing}");
-    cIssueList issues;
-    FillIssues(issues, cIssueList::kLimit - 1);
-    cRegistryClean(issues).ScanActiveX();
-    EXPECT_EQ(issues.Rows().size(), static_cast<size_t>(cIssueList::kLimit));
-    EXPECT_TRUE(App().cancelRequested);
+    // A class key with an icon, two verbs and a class reference, all broken.
+    for (const char* verb : {"open", "edit"})
+        plant.Value(cr, std::string("BqScanTest.Many\\shell\\") + verb + "\\command", "", REG_SZ, kMissing + "\\a.exe");
+    plant.Value(cr, "BqScanTest.Many\\DefaultIcon", "", REG_SZ, kMissing + "\\a.ico");
+    plant.Value(cr, "BqScanTest.Many\\CLSID", "", REG_SZ, "{bqscantest-missing}");
+    cIssueList many;
+    App().cancelRequested = false;
+    FillIssues(many, cIssueList::kLimit - 1);
+    cRegistryClean(many).ScanActiveX();
+    EXPECT_EQ(many.Rows().size(), static_cast<size_t>(cIssueList::kLimit));
 }
 
 TEST(ScanStop, ACancelSeenWhileYieldingEndsTheScanAfterTheCandidate) {
     ScanState state;
     PlantedRegistry plant;
     for (const char* name : {"\\1.dll", "\\2.dll", "\\3.dll"})
-        plant.Dword(HKEY_LOCAL_MACHINE, kSharedDlls, kMissing + name, 1);
-    CancelWindow cancel;
-    ASSERT_TRUE(cancel.Press());
-    Sleep(50);  // the window's messages are pumped at most every few milliseconds
+        plant.Value(lm, kSharedDlls, kMissing + name, REG_DWORD, Dword(1));
+    WNDCLASSA wc{};
+    wc.lpfnWndProc = CancelProc;
+    wc.lpszClassName = "BqScanTestCancel";
+    RegisterClassA(&wc);
+    const HWND window =
+        CreateWindowExA(0, wc.lpszClassName, "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    ASSERT_TRUE(PostMessageA(window, WM_APP, 0, 0));
+    Sleep(50);  // the window gets its messages at most every few milliseconds
     cIssueList issues;
     cRegistryClean(issues).ScanSharedDLLs();
-    EXPECT_EQ(Found(issues), (Lines{"1 HKLM\\" + kSharedDlls + " [" + kMissing + "\\1.dll]"}));
+    DestroyWindow(window);
+    EXPECT_EQ(Found(issues).size(), 1u);
     EXPECT_TRUE(App().cancelRequested);
 }

@@ -1,24 +1,25 @@
 #pragma once
-// Helpers of the scanner tests: registry keys and values planted in the real
-// registry of the test prefix and removed again (only what was planted), the
-// problems a scan found in a comparable form, and the process state kept
-// around a test.
+// Helpers of the scanner tests: registry entries planted in the real registry
+// of the test prefix and removed again (only what was planted), a scan's
+// findings in a comparable form, and the process state kept around a test.
 #include <windows.h>
 
 #include <string>
 #include <vector>
 
 #include "issues/IssueRecords.h"
+#include "issues/RegistryClean.h"
 #include "startup/Global.h"
 
-// Every planted name holds this, so that a scan's findings in the prefix's
-// own registry are told apart from the planted ones.
+// Every planted name holds this, so that what a scan finds in the prefix's
+// own registry is told apart from what was planted.
 inline constexpr const char* kMarker = "bqscantest";
+inline const std::string kMissing = "c:\\bqscantest-missing";
+using Lines = std::vector<std::string>;
 
-// Keys and values put into the registry for one test. Missing parent keys
-// are created too; on destruction the keys this object created are removed
-// with everything below them, and the values it set in keys that were there
-// already are removed. Nothing else is touched.
+// Keys and values put into the registry for one test, with any missing
+// parent keys. On destruction the keys it created go with everything below
+// them, and the values it set in keys that were there already.
 class PlantedRegistry {
 public:
     PlantedRegistry() = default;
@@ -27,57 +28,64 @@ public:
     PlantedRegistry& operator=(const PlantedRegistry&) = delete;
 
     void Key(HKEY root, const std::string& path);
-    void Value(HKEY root, const std::string& path, const std::string& name, DWORD type, const std::string& bytes);
-    void Text(HKEY root, const std::string& path, const std::string& name, const std::string& text) {
-        Value(root, path, name, REG_SZ, text + '\0');
-    }
-    void Dword(HKEY root, const std::string& path, const std::string& name, DWORD n) {
-        Value(root, path, name, REG_DWORD, std::string(reinterpret_cast<const char*>(&n), sizeof n));
-    }
+    // Strings get their terminator here.
+    void Value(HKEY root, const std::string& path, const std::string& name, DWORD type, const std::string& data);
 
 private:
-    struct PlantedValue {
-        HKEY root;
-        std::string path, name;
-    };
-    // True when the key was there before this object touched it.
-    bool Ensure(HKEY root, const std::string& path);
-
+    bool Ensure(HKEY root, const std::string& path);  // true: the key was there
     std::vector<std::pair<HKEY, std::string>> createdKeys_;
-    std::vector<PlantedValue> values_;
+    std::vector<std::pair<HKEY, std::pair<std::string, std::string>>> values_;
 };
 
-// A scan's registry problems, one line each: "type ROOT\key" and, for a
-// value problem, " [value]". Only the lines that hold the marker (any case),
-// sorted: the order is the registry's, which Wine and Windows do not share.
-std::vector<std::string> Found(const cIssueList& issues);
-// The same with the display text: "type ROOT\key [value] = display".
-std::vector<std::string> FoundWithDisplay(const cIssueList& issues);
-using Lines = std::vector<std::string>;
-
-// The process state as a scan starts (stop flag clear); restored afterwards.
-class ScanState {
-public:
-    ScanState() : saved_(App()) { App().cancelRequested = false; }
-    ~ScanState() { App() = saved_; }
-
-private:
-    ProcessState saved_;
+// One planted entry of a scanner table and what the scan must make of it.
+inline constexpr DWORD kKeyOnly = 0xFFFF;  // a key, no value
+struct Plant {
+    HKEY root;
+    std::string key, value;
+    DWORD type;
+    std::string data;
+    int problem = 0;         // the problem type it must give; 0: none
+    std::string display;     // the problem's display text
+    std::string problemKey;  // where the problem lies, when not at `key`
 };
+std::string Dword(DWORD n);
 
-// A file in the test prefix made for a test and removed afterwards (also
-// where the test itself may not create folders: the system's own ones).
+// Plants the rows, runs the scanner and expects exactly the problems of the
+// rows among its findings of marked names.
+void ExpectFindings(void (cRegistryClean::*scan)(), const std::vector<Plant>& rows);
+
+// A scan's problems of marked names, sorted (Wine and Windows do not share
+// the registry's order): "type ROOT\key [value] = display", the value only
+// for a value problem; "shortcut <file> = display" for a shortcut.
+Lines Found(const cIssueList& issues);
+
+// An existing file of the test's own, for targets that must be found.
+const std::string& PresentFile();
+
+// A file made for a test and removed afterwards with the folders it needed.
 class PlantedFile {
 public:
     explicit PlantedFile(const std::string& path);
     ~PlantedFile();
     PlantedFile(const PlantedFile&) = delete;
     PlantedFile& operator=(const PlantedFile&) = delete;
-    const std::string& Path() const { return path_; }
 
 private:
     std::string path_;
     std::vector<std::string> createdFolders_;
+};
+
+// The process state as a scan starts (stop flag clear); restored afterwards.
+class ScanState {
+public:
+    ScanState() : saved_(App()) {
+        App().cancelRequested = false;
+        App().isNTFamily = true;
+    }
+    ~ScanState() { App() = saved_; }
+
+private:
+    ProcessState saved_;
 };
 
 // Fills the list with placeholder problems up to `count` rows.

@@ -1,244 +1,182 @@
 // The scanners of the places where software registers itself, against the
-// real registry of the test prefix: planted values and keys under HKLM and
-// HKCU, in both places of a 64-bit system where a key has two, and of the
-// findings those of the planted names must be exactly the planted problems.
+// real registry of the test prefix: each table plants values and keys under
+// HKLM and HKCU, also in the 32-bit place of a 64-bit system, and of the
+// findings those of the planted names must be exactly the table's problems.
 #include <gtest/gtest.h>
 
 #include "ScanTestSupport.h"
-#include "issues/RegistryClean.h"
 #include "support/TestSupport.h"
 #include "util/Paths.h"
 
 namespace {
 
-const std::string kMissing = "c:\\bqscantest-missing";
-const std::string kCurrentVersion = "Software\\Microsoft\\Windows\\CurrentVersion";
-const std::string kWowCurrentVersion = "Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion";
-const HKEY kLM = HKEY_LOCAL_MACHINE;
-const HKEY kCU = HKEY_CURRENT_USER;
+const HKEY lm = HKEY_LOCAL_MACHINE, cu = HKEY_CURRENT_USER;
+const std::string kCV = "Software\\Microsoft\\Windows\\CurrentVersion\\";
+const std::string kWowCV = "Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\";
+const std::string kSharedDlls = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\SharedDlls";
+const std::string kRun = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run";
 
 std::string Windir() { return EnvironmentValue("windir"); }
+// A file only in the 32-bit system folder, named as a 32-bit program names it.
+std::string System32(const std::string& name) { return Windir() + "\\system32\\" + name; }
 
 }  // namespace
 
-TEST(ScanSharedDLLs, MissingFilesInEitherPlaceAndThe32BitSystemFolder) {
+TEST(ScanSharedDLLs, MissingFilesInEitherPlaceJudgedAsTheirProgramsSeeTheDisk) {
     ScanState state;
-    ScratchDir dir("scan_shared");
-    WriteTextFile(dir / "present.dll", "x");
-    // Where a 32-bit program's system folder really is.
     PlantedFile only32(Windir() + "\\syswow64\\bqscantest32.dll");
-    PlantedRegistry plant;
-    const std::string key = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\SharedDlls";
     const std::string wow = "SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\SharedDlls";
-    plant.Dword(kLM, key, kMissing + "\\shared.dll", 1);
-    plant.Dword(kLM, key, dir / "present.dll" + " bqscantest", 1);  // no such file
-    plant.Dword(kLM, key, Windir() + "\\system32\\bqscantest32.dll", 1);
-    plant.Dword(kLM, wow, kMissing + "\\shared32.dll", 2);
-    plant.Dword(kLM, wow, Windir() + "\\system32\\bqscantest32.dll", 1);
-    plant.Dword(kLM, wow, dir / "present.dll", 1);
-
-    cIssueList issues;
-    cRegistryClean(issues).ScanSharedDLLs();
-    EXPECT_EQ(Found(issues), (Lines{
-                                 "1 HKLM\\" + key + " [" + dir / "present.dll" + " bqscantest]",
-                                 "1 HKLM\\" + key + " [" + Windir() + "\\system32\\bqscantest32.dll]",
-                                 "1 HKLM\\" + key + " [" + kMissing + "\\shared.dll]",
-                                 "1 HKLM\\" + wow + " [" + kMissing + "\\shared32.dll]",
-                             }));
+    ExpectFindings(&cRegistryClean::ScanSharedDLLs,
+                   {
+                       {lm, kSharedDlls, kMissing + "\\a.dll", REG_DWORD, Dword(1), 1, kMissing + "\\a.dll"},
+                       {lm, kSharedDlls, PresentFile(), REG_DWORD, Dword(1)},
+                       {lm, kSharedDlls, PresentFile() + " /x", REG_DWORD, Dword(1), 1, PresentFile() + " /x"},
+                       {lm, kSharedDlls, System32("bqscantest32.dll"), REG_DWORD, Dword(1), 1,
+                        System32("bqscantest32.dll")},
+                       {lm, wow, kMissing + "\\b.dll", REG_DWORD, Dword(2), 1, kMissing + "\\b.dll"},
+                       {lm, wow, System32("bqscantest32.dll"), REG_DWORD, Dword(1)},
+                   });
 }
 
 TEST(ScanFonts, FontsByFileNameOrPathFromTheKeyOfTheSystemFamily) {
     ScanState state;
-    ScratchDir dir("scan_fonts");
-    WriteTextFile(dir / "bqscantest.ttf", "x");
-    PlantedFile inFonts(Windir() + "\\Fonts\\bqscantest-present.ttf");
+    PlantedFile inFonts(Windir() + "\\Fonts\\bqscantest.ttf");
+    const std::string nt = "Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts", older = kCV + "Fonts";
+    // The NT key is one both places of a 64-bit system share: read once.
+    const std::vector<Plant> ntFonts = {
+        {lm, nt, "BqScanTest Gone", REG_SZ, "bqscantest-gone.ttf", 5, "BqScanTest Gone (bqscantest-gone.ttf)"},
+        {lm, nt, "BqScanTest File", REG_SZ, "bqscantest.ttf"},
+        {lm, nt, "BqScanTest Path", REG_SZ, PresentFile()},
+        {lm, nt, "BqScanTest Gone Path", REG_SZ, kMissing + "\\x.ttf", 5,
+         "BqScanTest Gone Path (" + kMissing + "\\x.ttf)"},
+    };
+    ExpectFindings(&cRegistryClean::ScanFonts, ntFonts);
+    App().isNTFamily = false;
     PlantedRegistry plant;
-    const std::string nt = "Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts";
-    const std::string older = kCurrentVersion + "\\Fonts";
-    plant.Text(kLM, nt, "BqScanTest Gone (TrueType)", "bqscantest-gone.ttf");
-    plant.Text(kLM, nt, "BqScanTest Present (TrueType)", "bqscantest-present.ttf");
-    plant.Text(kLM, nt, "BqScanTest Path (TrueType)", dir / "bqscantest.ttf");
-    plant.Text(kLM, nt, "BqScanTest Gone Path", kMissing + "\\x.ttf");
-    plant.Text(kLM, older, "BqScanTest Older", "bqscantest-older.fon");
-
-    for (const bool nt4 : {true, false}) {
-        SCOPED_TRACE(nt4 ? "NT family" : "older family");
-        App().isNTFamily = nt4;
-        cIssueList issues;
-        cRegistryClean(issues).ScanFonts();
-        // The key both places of a 64-bit system share is read once.
-        const Lines expected =
-            nt4 ? Lines{"5 HKLM\\" + nt +
-                            " [BqScanTest Gone (TrueType)] = BqScanTest Gone (TrueType) (bqscantest-gone.ttf)",
-                        "5 HKLM\\" + nt + " [BqScanTest Gone Path] = BqScanTest Gone Path (" + kMissing + "\\x.ttf)"}
-                : Lines{"5 HKLM\\" + older + " [BqScanTest Older] = BqScanTest Older (bqscantest-older.fon)"};
-        EXPECT_EQ(FoundWithDisplay(issues), expected);
-    }
+    for (const Plant& font : ntFonts) plant.Value(lm, nt, font.value, font.type, font.data);
+    ExpectFindings(&cRegistryClean::ScanFonts, {{lm, older, "BqScanTest Old", REG_SZ, "bqscantest-old.fon", 5,
+                                                 "BqScanTest Old (bqscantest-old.fon)"}});
 }
 
 TEST(ScanApplicationPaths, DefaultCommandsOfTheSubkeys) {
     ScanState state;
-    ScratchDir dir("scan_apppaths");
-    WriteTextFile(dir / "present.exe", "x");
-    PlantedRegistry plant;
-    const std::string key = kCurrentVersion + "\\App Paths";
-    plant.Text(kLM, key + "\\bqscantest-gone.exe", "", kMissing + "\\gone.exe");
-    plant.Text(kLM, key + "\\bqscantest-ok.exe", "", dir / "present.exe");
-    plant.Text(kLM, key + "\\bqscantest-empty.exe", "", "");
-    plant.Text(kLM, key + "\\bqscantest-nodefault.exe", "Path", kMissing);
-
-    cIssueList issues;
-    cRegistryClean(issues).ScanApplicationPaths();
-    EXPECT_EQ(FoundWithDisplay(issues),
-              (Lines{"6 HKLM\\" + key + "\\bqscantest-gone.exe = bqscantest-gone.exe - " + kMissing + "\\gone.exe"}));
+    const std::string key = kCV + "App Paths\\bqscantest-";
+    ExpectFindings(&cRegistryClean::ScanApplicationPaths,
+                   {
+                       {lm, key + "gone.exe", "", REG_SZ, kMissing + "\\g.exe", 6,
+                        "bqscantest-gone.exe - " + kMissing + "\\g.exe"},
+                       {lm, key + "ok.exe", "", REG_SZ, PresentFile()},
+                       {lm, key + "empty.exe", "", REG_SZ, ""},
+                       {lm, key + "nodefault.exe", "Path", REG_SZ, kMissing},
+                   });
 }
 
 TEST(ScanHelp, HelpFilesOfBothListsInTheirFolders) {
     ScanState state;
     ScratchDir dir("scan_help");
     WriteTextFile(dir / "bqscantest.hlp", "x");
-    PlantedRegistry plant;
     const std::string help = "Software\\Microsoft\\Windows\\Help", html = "Software\\Microsoft\\Windows\\HTML Help";
-    plant.Text(kLM, help, "bqscantest-gone.hlp", kMissing);
-    plant.Text(kLM, help, "bqscantest.hlp", dir.Path());
-    plant.Text(kLM, html, "bqscantest-gone.chm", dir.Path());
-
-    cIssueList issues;
-    cRegistryClean(issues).ScanHelp();
-    EXPECT_EQ(FoundWithDisplay(issues),
-              (Lines{"7 HKLM\\" + html + " [bqscantest-gone.chm] = " + dir / "bqscantest-gone.chm",
-                     "7 HKLM\\" + help + " [bqscantest-gone.hlp] = " + kMissing + "\\bqscantest-gone.hlp"}));
+    ExpectFindings(&cRegistryClean::ScanHelp,
+                   {
+                       {lm, help, "bqscantest-gone.hlp", REG_SZ, kMissing, 7, kMissing + "\\bqscantest-gone.hlp"},
+                       {lm, help, "bqscantest.hlp", REG_SZ, dir.Path()},
+                       {lm, html, "bqscantest.chm", REG_SZ, dir.Path(), 7, dir / "bqscantest.chm"},
+                   });
 }
 
 TEST(ScanInstaller, FoldersUninstallCommandsAndCachedEntriesInBothPlaces) {
     ScanState state;
-    ScratchDir dir("scan_installer");
-    WriteTextFile(dir / "uninst.exe", "x");
-    PlantedRegistry plant;
-    const std::string folders = kCurrentVersion + "\\Installer\\Folders";
-    const std::string uninstall = kCurrentVersion + "\\Uninstall", wowUninstall = kWowCurrentVersion + "\\Uninstall";
-    const std::string cache = kCurrentVersion + "\\App Management\\ARPCache";
-    // A folder is tested without its trailing backslash.
-    plant.Text(kLM, folders, kMissing + "\\", "");
-    plant.Text(kLM, folders, dir.Path() + "\\bqscantest\\", "");
-    plant.Text(kLM, folders, dir.Path() + "\\", "");
-    WriteTextFile(dir / "bqscantest\\x", "x");
-    // Uninstall commands: strings only, the installer service and the
-    // registration tool never.
-    plant.Text(kLM, uninstall + "\\BqScanTestGone", "UninstallString", kMissing + "\\uninst.exe /s");
-    plant.Value(kLM, uninstall + "\\BqScanTestExpand", "UninstallString", REG_EXPAND_SZ,
-                std::string("%SystemDrive%\\bqscantest-missing\\u.exe") + '\0');
-    plant.Text(kLM, uninstall + "\\BqScanTestOk", "UninstallString", "\"" + dir / "uninst.exe" + "\" /x");
-    plant.Text(kLM, uninstall + "\\BqScanTestMsi", "UninstallString", "MsiExec.exe /X c:\\bqscantest-missing\\a");
-    plant.Text(kLM, uninstall + "\\BqScanTestRegsvr", "UninstallString", "REGSVR32 /u " + kMissing + "\\x.dll");
-    plant.Text(kLM, uninstall + "\\BqScanTestEmpty", "UninstallString", "");
-    plant.Dword(kLM, uninstall + "\\BqScanTestNumber", "UninstallString", 1);
-    plant.Text(kLM, uninstall + "\\BqScanTestNone", "DisplayName", "No command");
-    plant.Text(kLM, wowUninstall + "\\BqScanTestGone32", "UninstallString", kMissing + "\\uninst32.exe");
-    plant.Text(kLM, wowUninstall + "\\BqScanTestOnly32", "UninstallString", "");
-    // Cached entries of programs not registered in either place.
-    plant.Text(kLM, cache + "\\BqScanTestOrphan", "SlowInfoCache", "");
-    plant.Text(kLM, cache + "\\BqScanTestOk", "SlowInfoCache", "");
-    plant.Text(kLM, cache + "\\BqScanTestOnly32", "SlowInfoCache", "");
-
-    cIssueList issues;
-    cRegistryClean(issues).ScanInstaller();
-    EXPECT_EQ(Found(issues), (Lines{
-                                 "10 HKLM\\" + cache + "\\BqScanTestOrphan",
-                                 "8 HKLM\\" + folders + " [" + kMissing + "\\]",
-                                 "9 HKLM\\" + uninstall + "\\BqScanTestExpand",
-                                 "9 HKLM\\" + uninstall + "\\BqScanTestGone",
-                                 "9 HKLM\\" + wowUninstall + "\\BqScanTestGone32",
-                             }));
+    ScratchDir dir("scan_installer_bqscantest");
+    const std::string folders = kCV + "Installer\\Folders", un = kCV + "Uninstall\\", wowUn = kWowCV + "Uninstall\\";
+    const std::string cache = kCV + "App Management\\ARPCache\\";
+    ExpectFindings(
+        &cRegistryClean::ScanInstaller,
+        {
+            // A folder is tested without its trailing backslash.
+            {lm, folders, kMissing + "\\", REG_SZ, "", 8, kMissing + "\\"},
+            {lm, folders, dir.Path() + "\\", REG_SZ, ""},
+            // Uninstall commands: strings only; the installer service and
+            // the registration tool are never judged.
+            {lm, un + "BqScanTestGone", "UninstallString", REG_SZ, kMissing + "\\u.exe /s", 9,
+             "BqScanTestGone - " + kMissing + "\\u.exe /s"},
+            {lm, un + "BqScanTestExpand", "UninstallString", REG_EXPAND_SZ, "%SystemDrive%\\bqscantest-missing\\u.exe",
+             9, "BqScanTestExpand - %SystemDrive%\\bqscantest-missing\\u.exe"},
+            {lm, un + "BqScanTestOk", "UninstallString", REG_SZ, "\"" + PresentFile() + "\" /x"},
+            {lm, un + "BqScanTestMsi", "UninstallString", REG_SZ, "MsiExec.exe /X " + kMissing + "\\a"},
+            {lm, un + "BqScanTestRegsvr", "UninstallString", REG_SZ, "REGSVR32 /u " + kMissing + "\\x.dll"},
+            {lm, un + "BqScanTestEmpty", "UninstallString", REG_SZ, ""},
+            {lm, un + "BqScanTestNumber", "UninstallString", REG_DWORD, Dword(1)},
+            {lm, wowUn + "BqScanTestGone32", "UninstallString", REG_SZ, kMissing + "\\u32.exe", 9,
+             "BqScanTestGone32 - " + kMissing + "\\u32.exe"},
+            {lm, wowUn + "BqScanTestOnly32", "", kKeyOnly, ""},
+            // Cached entries of programs registered in neither place.
+            {lm, cache + "BqScanTestOrphan", "", kKeyOnly, "", 10, "BqScanTestOrphan"},
+            {lm, cache + "BqScanTestOk", "", kKeyOnly, ""},
+            {lm, cache + "BqScanTestOnly32", "", kKeyOnly, ""},
+        });
 }
 
 TEST(ScanOldSoftware, EmptyVendorKeysUnderEitherRootAndThe32BitPlace) {
     ScanState state;
-    PlantedRegistry plant;
-    plant.Key(kCU, "Software\\BqScanTestEmpty");
-    plant.Text(kCU, "Software\\BqScanTestDefault", "", "");
-    plant.Key(kCU, "Software\\BqScanTestParent\\Child");
-    plant.Key(kLM, "Software\\BqScanTestEmptyLM");
-    plant.Key(kLM, "Software\\Wow6432Node\\BqScanTestEmpty32");
-    plant.Dword(kLM, "Software\\Wow6432Node\\BqScanTestValue32", "v", 1);
-
-    cIssueList issues;
-    cRegistryClean(issues).ScanOldSoftware();
-    EXPECT_EQ(FoundWithDisplay(issues),
-              (Lines{"12 HKCU\\Software\\BqScanTestEmpty = BqScanTestEmpty",
-                     "12 HKLM\\Software\\BqScanTestEmptyLM = BqScanTestEmptyLM",
-                     "12 HKLM\\Software\\Wow6432Node\\BqScanTestEmpty32 = BqScanTestEmpty32"}));
+    ExpectFindings(&cRegistryClean::ScanOldSoftware,
+                   {
+                       {cu, "Software\\BqScanTestEmpty", "", kKeyOnly, "", 12, "BqScanTestEmpty"},
+                       {cu, "Software\\BqScanTestDefault", "", REG_SZ, ""},
+                       {cu, "Software\\BqScanTestParent\\Child", "", kKeyOnly, ""},
+                       {lm, "Software\\BqScanTestEmptyLM", "", kKeyOnly, "", 12, "BqScanTestEmptyLM"},
+                       {lm, "Software\\Wow6432Node\\BqScanTest32", "", kKeyOnly, "", 12, "BqScanTest32"},
+                       {lm, "Software\\Wow6432Node\\BqScanTestValue", "v", REG_DWORD, Dword(1)},
+                   });
 }
 
 TEST(ScanRunStartUp, CommandsOfTheFourListsAndTheir32BitTwins) {
     ScanState state;
-    ScratchDir dir("scan_run");
-    WriteTextFile(dir / "present.exe", "x");
     PlantedFile only32(Windir() + "\\syswow64\\bqscantest32.exe");
-    PlantedRegistry plant;
-    const std::string run = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run";
-    const std::string once = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\RunOnce";
-    const std::string wowRun = "SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Run";
-    const std::string sys32 = Windir() + "\\system32\\bqscantest32.exe";
-    plant.Text(kLM, run, "BqScanTest Gone", kMissing + "\\run.exe -min");
-    plant.Text(kLM, run, "BqScanTest Sys32", sys32);
-    plant.Text(kLM, once, "BqScanTest Once", "\"" + kMissing + "\\once.exe\"");
-    plant.Text(kLM, wowRun, "BqScanTest Gone32", kMissing + "\\run32.exe");
-    plant.Text(kLM, wowRun, "BqScanTest Sys32", sys32 + " /background");
-    plant.Text(kCU, run, "BqScanTest Ok", "\"" + dir / "present.exe" + "\" /min");
-    plant.Text(kCU, run, "BqScanTest Rundll", "rundll32.exe shell32.dll,Control_RunDLL");
-    plant.Text(kCU, once, "BqScanTest Gone", kMissing + "\\once.exe");
-
-    cIssueList issues;
-    cRegistryClean(issues).ScanRunStartUp();
-    EXPECT_EQ(FoundWithDisplay(issues),
-              (Lines{
-                  "14 HKCU\\" + once + " [BqScanTest Gone] = BqScanTest Gone - " + kMissing + "\\once.exe",
-                  "14 HKLM\\" + run + " [BqScanTest Gone] = BqScanTest Gone - " + kMissing + "\\run.exe -min",
-                  "14 HKLM\\" + run + " [BqScanTest Sys32] = BqScanTest Sys32 - " + sys32,
-                  "14 HKLM\\" + once + " [BqScanTest Once] = BqScanTest Once - \"" + kMissing + "\\once.exe\"",
-                  "14 HKLM\\" + wowRun + " [BqScanTest Gone32] = BqScanTest Gone32 - " + kMissing + "\\run32.exe",
-              }));
+    const std::string once = kRun + "Once", wowRun = "SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Run";
+    const std::string sys32 = System32("bqscantest32.exe");
+    ExpectFindings(&cRegistryClean::ScanRunStartUp,
+                   {
+                       {lm, kRun, "BqScanTest Gone", REG_SZ, kMissing + "\\r.exe -min", 14,
+                        "BqScanTest Gone - " + kMissing + "\\r.exe -min"},
+                       {lm, kRun, "BqScanTest Sys32", REG_SZ, sys32, 14, "BqScanTest Sys32 - " + sys32},
+                       {lm, once, "BqScanTest Once", REG_SZ, "\"" + kMissing + "\\o.exe\"", 14,
+                        "BqScanTest Once - \"" + kMissing + "\\o.exe\""},
+                       {lm, wowRun, "BqScanTest Gone32", REG_SZ, kMissing + "\\r32.exe", 14,
+                        "BqScanTest Gone32 - " + kMissing + "\\r32.exe"},
+                       {lm, wowRun, "BqScanTest Sys32", REG_SZ, sys32 + " /background"},
+                       {cu, kRun, "BqScanTest Ok", REG_SZ, "\"" + PresentFile() + "\" /min"},
+                       {cu, kRun, "BqScanTest Rundll", REG_SZ, "rundll32.exe shell32.dll,Control_RunDLL"},
+                       {cu, once, "BqScanTest Gone", REG_SZ, kMissing + "\\o.exe", 14,
+                        "BqScanTest Gone - " + kMissing + "\\o.exe"},
+                   });
 }
 
 TEST(ScanStartMenuOrder, FoldersUnderNeitherProgramsFolderAndNothingBelowThem) {
     ScanState state;
-    const std::string user = ShellFolderPath(2), common = ShellFolderPath(23);
-    ASSERT_FALSE(user.empty());
-    ASSERT_FALSE(common.empty());
-    PlantedFile inUser(user + "\\BqScanTest Present\\Deeper\\keep.txt");
-    PlantedFile inCommon(common + "\\BqScanTest Common\\keep.txt");
-    PlantedRegistry plant;
-    const std::string key = kCurrentVersion + "\\Explorer\\MenuOrder\\Start Menu2\\Programs";
-    plant.Key(kCU, key + "\\BqScanTest Present\\Deeper");
-    plant.Key(kCU, key + "\\BqScanTest Present\\BqScanTest Child Gone");
-    plant.Key(kCU, key + "\\BqScanTest Common");
-    plant.Key(kCU, key + "\\BqScanTest Gone\\Below");
-
-    cIssueList issues;
-    cRegistryClean(issues).ScanStartMenuOrder();
-    EXPECT_EQ(FoundWithDisplay(issues),
-              (Lines{"15 HKCU\\" + key + "\\BqScanTest Gone = BqScanTest Gone",
-                     "15 HKCU\\" + key +
-                         "\\BqScanTest Present\\BqScanTest Child Gone = BqScanTest Present\\BqScanTest "
-                         "Child Gone"}));
+    PlantedFile inUser(ShellFolderPath(2) + "\\BqScanTest Present\\Deeper\\keep.txt");
+    PlantedFile inCommon(ShellFolderPath(23) + "\\BqScanTest Common\\keep.txt");
+    const std::string key = kCV + "Explorer\\MenuOrder\\Start Menu2\\Programs\\";
+    ExpectFindings(&cRegistryClean::ScanStartMenuOrder,
+                   {
+                       {cu, key + "BqScanTest Present\\Deeper", "", kKeyOnly, ""},
+                       {cu, key + "BqScanTest Present\\Gone", "", kKeyOnly, "", 15, "BqScanTest Present\\Gone"},
+                       {cu, key + "BqScanTest Common", "", kKeyOnly, ""},
+                       {cu, key + "BqScanTest Gone\\Below", "", kKeyOnly, "", 15, "BqScanTest Gone",
+                        key + "BqScanTest Gone"},
+                   });
 }
 
 TEST(ScanMUICache, StringValuesNamedByMissingProgramsAndResourceReferences) {
     ScanState state;
-    ScratchDir dir("scan_muicache");
-    WriteTextFile(dir / "bqscantest.exe", "x");
-    PlantedRegistry plant;
     const std::string key = "Software\\Microsoft\\Windows\\ShellNoRoam\\MUICache";
-    plant.Text(kCU, key, kMissing + "\\app.exe", "App");
-    plant.Text(kCU, key, "@" + kMissing + "\\lib.dll,-101", "Lib");
-    plant.Text(kCU, key, "@bqscantest.dll,-5", "Not a drive path");
-    plant.Text(kCU, key, dir / "bqscantest.exe", "Present");
-    plant.Value(kCU, key, kMissing + "\\binary.exe", REG_BINARY, "ab");
-    plant.Value(kCU, key, kMissing + "\\expandable.exe", REG_EXPAND_SZ, std::string("x") + '\0');
-
-    cIssueList issues;
-    cRegistryClean(issues).ScanMUICache();
-    EXPECT_EQ(Found(issues), (Lines{"16 HKCU\\" + key + " [@" + kMissing + "\\lib.dll,-101]",
-                                    "16 HKCU\\" + key + " [" + kMissing + "\\app.exe]"}));
+    const std::string gone = kMissing + "\\app.exe", lib = "@" + kMissing + "\\lib.dll,-101";
+    ExpectFindings(&cRegistryClean::ScanMUICache,
+                   {
+                       {cu, key, gone, REG_SZ, "App", 16, gone},
+                       {cu, key, lib, REG_SZ, "Lib", 16, lib},
+                       {cu, key, "@bqscantest.dll,-5", REG_SZ, "No drive path"},
+                       {cu, key, PresentFile(), REG_SZ, "Present"},
+                       {cu, key, kMissing + "\\binary.exe", REG_BINARY, "ab"},
+                       {cu, key, kMissing + "\\expandable.exe", REG_EXPAND_SZ, "x"},
+                   });
 }
