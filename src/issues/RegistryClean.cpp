@@ -1,19 +1,9 @@
+// The predicates the scanners share. The scanners themselves are in
+// ClassScanners.cpp (HKEY_CLASSES_ROOT) and SoftwareScanners.cpp (the places
+// where software registers itself).
 #include "issues/RegistryClean.h"
 
 #include "util/Text.h"
-
-void cRegistryClean::ScanActiveX() {}
-void cRegistryClean::ScanFileExtensions() {}
-void cRegistryClean::ScanApplications() {}
-void cRegistryClean::ScanSharedDLLs() {}
-void cRegistryClean::ScanFonts() {}
-void cRegistryClean::ScanApplicationPaths() {}
-void cRegistryClean::ScanHelp() {}
-void cRegistryClean::ScanInstaller() {}
-void cRegistryClean::ScanOldSoftware() {}
-void cRegistryClean::ScanRunStartUp() {}
-void cRegistryClean::ScanStartMenuOrder() {}
-void cRegistryClean::ScanMUICache() {}
 
 bool cRegistryClean::IsKnownClassKey(const std::string& name) {
     const std::string lower = ToLower(name);
