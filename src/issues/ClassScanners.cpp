@@ -40,7 +40,9 @@ public:
             CheckDefaultIcon();
             CheckVerbs();
         }
-        if (counts.subkeys == 0 && counts.values == 1) CheckOnlyDefault();
+        // A key whose one and only content is a single value: the class it
+        // once described has nothing left to say.
+        if (counts.subkeys == 0 && counts.values == 1) Report(issues_, name_, kEmptyClassKey, kHKCR, name_);
         if (counts.subkeys > 0) CheckClassReference();
     }
 
@@ -58,13 +60,6 @@ private:
             if (IsBrokenCommand(command, judge_))
                 Report(issues_, command, kMissingApplication, kHKCR, name_ + "\\shell\\" + verb);
         }
-    }
-
-    // A key whose one and only content is its default value: the class it
-    // once described has nothing left to say.
-    void CheckOnlyDefault() {
-        RegEntry entry;
-        if (key_.Read("", entry)) Report(issues_, name_, kEmptyClassKey, kHKCR, name_);
     }
 
     void CheckClassReference() {

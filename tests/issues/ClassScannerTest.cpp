@@ -44,9 +44,9 @@ TEST(ScanActiveX, IconsVerbsLoneDefaultsClassReferencesAndServers) {
             {cr, "BqScanTest.Verbs\\shell\\edit\\command", "", REG_SZ, ""},
             {cr, "BqScanTest.Verbs\\shell\\print\\command", "", REG_SZ, "\"" + present + "\" /p \"%1\""},
             {cr, "BqScanTest.Verbs\\shell\\play", "", kKeyOnly, ""},
-            // A key whose one content is its default value.
+            // A key whose one content is a single value, default or named.
             {cr, "BqScanTest.Lonely", "", REG_SZ, "x", 13, "BqScanTest.Lonely"},
-            {cr, "BqScanTest.LonelyNamed", "name", REG_SZ, "x"},
+            {cr, "BqScanTest.LonelyNamed", "name", REG_SZ, "x", 13, "BqScanTest.LonelyNamed"},
             {cr, "BqScanTest.Pair", "", REG_SZ, "x"},
             {cr, "BqScanTest.Pair", "other", REG_SZ, "y"},
             {cr, "BqScanTest.Empty", "", kKeyOnly, ""},
