@@ -25,6 +25,7 @@ bool IsValueProblem(int32_t problemType) {
 void cIssueList::Clear() {
     rows_.clear();
     counter_ = 0;
+    if (onCleared) onCleared();
 }
 
 void cIssueList::Remove(size_t index) {

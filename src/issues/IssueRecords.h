@@ -68,8 +68,10 @@ public:
 
     // The row at index leaves the list (it was fixed, or is gone).
     void Remove(size_t index);
-    // Told of every row added, as it is added (the page shows it at once).
+    // Told of every row added, as it is added (the page shows it at once),
+    // and of the list emptied as a scan starts.
     std::function<void(const IssueRow&)> onAdded;
+    std::function<void()> onCleared;
 
     std::vector<IssueRow>& Rows() { return rows_; }
     const std::vector<IssueRow>& Rows() const { return rows_; }

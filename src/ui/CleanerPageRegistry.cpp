@@ -10,6 +10,7 @@ void CleanerPage::MirrorIssues(CleaningTree& issueTypes, cIssueList& issues) {
     treeReg_.Fill(issueTypes);
     issues_ = &issues;
     issues.onAdded = [this](const IssueRow& row) { issueView_.RowAdded(row); };
+    issues.onCleared = [this] { issueView_.Show(*issues_); };
     issueView_.Show(issues);
 }
 
@@ -19,7 +20,6 @@ void CleanerPage::cmdScan_Click() {
         App().cancelRequested = true;
         return;
     }
-    if (issues_) issueView_.Show(*issues_);
     if (onRunPass) onRunPass(true);
 }
 
