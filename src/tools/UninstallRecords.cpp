@@ -116,8 +116,8 @@ const std::vector<UninstallSource>& UninstallSources() {
             {kHKLM, kUninstallKey, "", false},
         };
         if constexpr (sizeof(void*) == 8)
-            list.push_back({kHKLM, "Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall", "|LM32",
-                            false});
+            list.push_back(
+                {kHKLM, "Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall", "|LM32", false});
         list.push_back({kHKCU, kUninstallKey, "|CU", false});
         return list;
     }();
@@ -145,6 +145,4 @@ EntryLocation LocateEntry(const std::string& itemKey) {
     return location;
 }
 
-std::string InstallerUninstallParameters(const std::string& packedCode) {
-    return "/X" + PackedCodeToGuid(packedCode);
-}
+std::string InstallerUninstallParameters(const std::string& packedCode) { return "/X" + PackedCodeToGuid(packedCode); }

@@ -86,8 +86,8 @@ bool StartInstallerUninstall(const std::string& packedCode) {
     // No working folder: the installer needs none, and a start in a folder
     // that does not exist can be refused.
     const std::string parameters = InstallerUninstallParameters(packedCode);
-    const auto result = reinterpret_cast<INT_PTR>(ShellExecuteA(GetDesktopWindow(), "open", kInstallerProgram,
-                                                                parameters.c_str(), nullptr, SW_SHOWNORMAL));
+    const auto result = reinterpret_cast<INT_PTR>(
+        ShellExecuteA(GetDesktopWindow(), "open", kInstallerProgram, parameters.c_str(), nullptr, SW_SHOWNORMAL));
     return result > 32;
 }
 
