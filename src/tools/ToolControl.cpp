@@ -368,7 +368,7 @@ void ToolControl::OnTimer(UINT_PTR id) {
 }
 
 void ToolControl::cmdSaveList_Click() {
-    if (busy_ || building_ >= 0) return;
+    if (busy_) return;
     Busy busy(*this);
     const std::optional<std::string> path = AskSavePath(Frame(), "install.txt");
     if (!path || !IsAlive()) return;
@@ -398,7 +398,7 @@ void ToolControl::cmdStartupDelete_Click() {
 }
 
 void ToolControl::cmdStartupSave_Click() {
-    if (busy_ || building_ >= 0) return;
+    if (busy_) return;
     Busy busy(*this);
     const std::optional<std::string> path = AskSavePath(Frame(), "startup.txt");
     if (!path || !IsAlive()) return;

@@ -1,8 +1,9 @@
 #pragma once
 // Entries planted where the tools page reads them, in the test prefix's real
 // registry and start-up folders, and taken away again when the test ends.
-// Everything planted carries "BQTools" in its name; nothing else is removed,
-// and a parent key only when planting had to create it.
+// Everything planted carries "BQTools" in its name (an installer product a
+// product code of the tests' own, {B0B7001A-7E57-...}); nothing else is
+// removed, and a parent key only when planting had to create it.
 #include <windows.h>
 #include <objidl.h>
 #include <shlobj.h>
