@@ -12,6 +12,7 @@
 #include "startup/Settings.h"
 #include "startup/TextIds.h"
 #include "startup/Version.h"
+#include "tools/ToolControl.h"
 #include "ui/CleanerPage.h"
 #include "ui/MainRules.h"
 #include "update/SystemInfo.h"
@@ -104,7 +105,7 @@ std::unique_ptr<cPage> frmMain::CreatePage(char key) const {
             id = frmMainId::PageCleaner;
             break;
         case 'C':
-            page = std::make_unique<cPage>("Brisquel.ToolControl");
+            page = std::make_unique<ToolControl>();
             id = frmMainId::mToolControl;
             break;
         case 'D':

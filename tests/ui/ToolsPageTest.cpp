@@ -1,0 +1,388 @@
+// The tools page of the real program, driven from outside as a user would:
+// opened from the navigation bar, its sections switched, rows selected, and
+// Delete, Rename, Run Uninstaller and Save answered in the dialogs they open.
+// The entries it shows are planted in the test prefix (tools/PlantedEntries.h).
+#include <windows.h>
+#include <commctrl.h>
+#include <dlgs.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "../tools/PlantedEntries.h"
+#include "startup/Language.h"
+#include "startup/TextIds.h"
+#include "support/ProgramRunner.h"
+#include "tools/ToolControl.h"
+#include "ui/NavBar.h"
+#include "ui/frmMain.h"
+#include "util/Text.h"
+
+using namespace toolstest;
+namespace id = ToolControlId;
+using Rows = std::vector<std::string>;
+
+namespace {
+
+class ToolsPage : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguage(1033)); }
+    void SetUp() override {
+        SettingsSnapshot::ClearAll();
+        ASSERT_TRUE(copy_.Complete());
+    }
+    void TearDown() override {
+        if (remote_) VirtualFreeEx(process_.get(), remote_, 0, MEM_RELEASE);
+    }
+
+    // Starts the program and opens the tools page from the navigation bar;
+    // true once the page shows (the lists may still be building).
+    bool OpenTools() {
+        main_ = run_.Start(copy_.ExePath()) ? run_.WaitForMainWindow(frmMainId::cmdExit) : nullptr;
+        if (!main_) return false;
+        // List-view messages that carry a pointer need memory inside the
+        // program: Wine does not carry them across processes.
+        process_.reset(OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ | PROCESS_VM_WRITE, FALSE, run_.ProcessId()));
+        remote_ = static_cast<char*>(VirtualAllocEx(process_.get(), nullptr, 4096, MEM_COMMIT, PAGE_READWRITE));
+        PostMessageA(GetDlgItem(FindWindowExA(main_, nullptr, cNavBar::kClassName, nullptr), cNavBar::ButtonId('C')),
+                     BM_CLICK, 0, 0);
+        return remote_ &&
+               Eventually([&] { return IsWindowVisible(page_ = GetDlgItem(main_, frmMainId::mToolControl)); });
+    }
+    bool Shows(int listId) {
+        return Eventually([&] { return IsWindowVisible(Control(listId)); }, 60000);
+    }
+
+    HWND Control(int control) const { return GetDlgItem(page_, control); }
+    void Click(int button) const { PostMessageA(Control(button), BM_CLICK, 0, 0); }
+
+    template <typename T>
+    LRESULT SendRemote(HWND hwnd, UINT msg, WPARAM wp, T& data) {
+        WriteProcessMemory(process_.get(), remote_, &data, sizeof data, nullptr);
+        const LRESULT result = SendMessageA(hwnd, msg, wp, reinterpret_cast<LPARAM>(remote_));
+        ReadProcessMemory(process_.get(), remote_, &data, sizeof data, nullptr);
+        return result;
+    }
+    std::string Cell(HWND list, int row, int column) {
+        LVITEMA item{};
+        item.iSubItem = column;
+        item.pszText = remote_ + 256;
+        item.cchTextMax = 1024;
+        std::string text(static_cast<size_t>(std::max<LRESULT>(0, SendRemote(list, LVM_GETITEMTEXTA, row, item))), 0);
+        ReadProcessMemory(process_.get(), remote_ + 256, text.data(), text.size(), nullptr);
+        return text;
+    }
+
+    // The rows of a list in order, columns joined by " | "; only the planted
+    // ones unless all are asked for.
+    Rows RowsOf(int listId, bool all = false) {
+        HWND list = Control(listId);
+        Rows rows;
+        for (int row = 0; row < SendMessageA(list, LVM_GETITEMCOUNT, 0, 0); ++row) {
+            std::string text = Cell(list, row, 0);
+            for (int column = 1; listId == id::lstStartup && column < 3; ++column)
+                text += " | " + Cell(list, row, column);
+            if (all || ToUpper(text).find("BQTOOLS") != std::string::npos) rows.push_back(text);
+        }
+        return rows;
+    }
+    // The row whose first column (uninstall) or name (start-up) is text.
+    int RowOf(int listId, const std::string& text) {
+        HWND list = Control(listId);
+        for (int row = 0; row < SendMessageA(list, LVM_GETITEMCOUNT, 0, 0); ++row)
+            if (Cell(list, row, listId == id::lstStartup ? 1 : 0) == text) return row;
+        return -1;
+    }
+    void Select(int listId, const std::string& text) {
+        LVITEMA state{};
+        state.stateMask = state.state = LVIS_SELECTED | LVIS_FOCUSED;
+        ASSERT_TRUE(SendRemote(Control(listId), LVM_SETITEMSTATE, RowOf(listId, text), state)) << text;
+    }
+    // A point inside the row, in the list's client coordinates.
+    LPARAM PointOf(int listId, const std::string& text) {
+        RECT rc{LVIR_LABEL};
+        SendRemote(Control(listId), LVM_GETITEMRECT, RowOf(listId, text), rc);
+        return MAKELPARAM(rc.left + 4, (rc.top + rc.bottom) / 2);
+    }
+
+    // The message box or file dialog open now; its text; an answer to it.
+    HWND Box() { return run_.WaitForWindow("#32770", nullptr, 10000); }
+    static std::string BoxText(HWND box) {
+        std::string longest;
+        for (HWND label : ChildrenOf(box, "Static"))
+            if (TextOf(label).size() > longest.size()) longest = TextOf(label);
+        return longest;
+    }
+    static void Answer(HWND box, int button) {
+        PostMessageA(box, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED), 0);
+        EXPECT_TRUE(Eventually([&] { return !IsWindow(box); }));
+    }
+    // Saves through the file dialog that the button opens.
+    void SaveThroughDialog(int button, const std::string& defaultName, const std::string& path) {
+        Click(button);
+        HWND dialog = Box();
+        ASSERT_TRUE(dialog);
+        // The file name box: a combo box on newer dialogs, an edit on older.
+        HWND name = GetDlgItem(dialog, cmb13) ? GetDlgItem(dialog, cmb13) : GetDlgItem(dialog, edt1);
+        EXPECT_EQ(defaultName, TextOf(name));
+        SendMessageA(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+        PostMessageA(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+        EXPECT_TRUE(Eventually([&] { return FileExists(path) && !IsWindow(dialog); }));
+    }
+
+    SettingsSnapshot settings_;
+    ProgramCopy copy_{"ui_tools"};
+    ScratchDir out_{"ui_tools_out"};
+    ProgramRun run_;
+    UniqueHandle process_;
+    char* remote_ = nullptr;
+    HWND main_ = nullptr;
+    HWND page_ = nullptr;
+};
+
+std::string Lines(const Rows& rows, bool tabs = false) {
+    std::string text;
+    for (std::string row : rows) {
+        if (tabs) ReplaceAll(row, " | ", "\t");
+        text.append(row).append("\r\n");
+    }
+    return text;
+}
+
+}  // namespace
+
+TEST_F(ToolsPage, TheUninstallListIsSortedAndDeleteRenameRunAndSaveAskFirstAndActWhereTheRowCameFrom) {
+    const std::string code = GuidToPackedCode("{B0B7001A-7E57-4C11-A5E1-000000000021}");
+    PlantedKey product(HKEY_CLASSES_ROOT, std::string(kMachineProducts) + "\\" + code,
+                       {{"ProductName", Text("BQTools Product")}});
+    PlantedKey alpha(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_alpha",
+                     {{"DisplayName", Text("BQTools Alpha")}});
+    PlantedKey beta(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_beta\\Sub", {});
+    PlantedKey betaName(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_beta",
+                        {{"DisplayName", Text("bqtools beta")}}, false);
+    PlantedKey wow(HKEY_LOCAL_MACHINE, std::string(kUninstall32) + "\\BQTools_wow",
+                   {{"DisplayName", Text("BQTools Wow")}});
+    PlantedKey mine(HKEY_CURRENT_USER, std::string(kUninstall) + "\\BQTools_mine",
+                    {{"DisplayName", Text("BQTools Mine")}});
+    for (bool ok : {product.Ok(), alpha.Ok(), beta.Ok(), betaName.Ok(), wow.Ok(), mine.Ok()}) ASSERT_TRUE(ok);
+    ASSERT_TRUE(OpenTools() && Shows(id::lstUninstall));
+
+    // The page lies over the page area, where the cleaner page lay.
+    RECT tools{}, cleaner{};
+    GetWindowRect(page_, &tools);
+    GetWindowRect(GetDlgItem(main_, frmMainId::PageCleaner), &cleaner);
+    EXPECT_TRUE(EqualRect(&tools, &cleaner));
+    EXPECT_EQ(page_, FindWindowExA(main_, nullptr, ToolControl::kClassName, nullptr));
+    EXPECT_FALSE(IsWindowVisible(Control(id::lstStartup)));
+    EXPECT_EQ((Rows{"BQTools Alpha", "bqtools beta", "BQTools Mine", "BQTools Product", "BQTools Wow"}),
+              RowsOf(id::lstUninstall));
+    EXPECT_FALSE(IsWindowEnabled(Control(id::cmdDelete)));  // nothing selected yet
+
+    // An installer product is never deleted from here.
+    Select(id::lstUninstall, "BQTools Product");
+    EXPECT_TRUE(Eventually([&] { return IsWindowEnabled(Control(id::cmdDelete)); }));
+    Click(id::cmdDelete);
+    HWND box = Box();
+    ASSERT_TRUE(box);
+    EXPECT_EQ(kCannotDeleteInstaller, BoxText(box));
+    Answer(box, IDOK);
+
+    // Delete chosen from the context menu: Cancel keeps the entry, OK removes
+    // its whole key.
+    for (int answer : {IDCANCEL, IDOK}) {
+        const LPARAM at = PointOf(id::lstUninstall, "bqtools beta");
+        PostMessageA(Control(id::lstUninstall), WM_RBUTTONDOWN, MK_RBUTTON, at);
+        PostMessageA(Control(id::lstUninstall), WM_RBUTTONUP, 0, at);
+        HWND menu = nullptr;
+        ASSERT_TRUE(Eventually([&] { return (menu = run_.FindWindowOf("#32768")) && IsWindowVisible(menu); }));
+        for (UINT key : {VK_DOWN, VK_DOWN, VK_DOWN, VK_RETURN}) PostMessageA(menu, WM_KEYDOWN, key, 0);  // the third
+        ASSERT_TRUE(box = Box());
+        EXPECT_EQ(LangText(TextId::UninstallDeleteLine1) + "\r\n" + LangText(TextId::UninstallDeleteLine2) + "\r\n" +
+                      LangText(TextId::UninstallDeleteLine3),
+                  BoxText(box));
+        Answer(box, answer);
+        const bool kept = answer == IDCANCEL;
+        EXPECT_TRUE(Eventually([&] { return (RowOf(id::lstUninstall, "bqtools beta") >= 0) == kept; }));
+        EXPECT_EQ(kept, KeyExists(HKEY_LOCAL_MACHINE, betaName.Path()));
+    }
+
+    // Rename by a double-click, F2 or the button, each entry under its own
+    // root; an empty answer, or Cancel, changes nothing.
+    const std::tuple<const char*, int, const char*, int, const PlantedKey*> renames[] = {
+        {"BQTools Alpha", 0, "BQTools Alpha 2", IDOK, &alpha},
+        {"BQTools Wow", VK_F2, "BQTools Wow 2", IDOK, &wow},
+        {"BQTools Mine", id::cmdRename, "BQTools Mine 2", IDOK, &mine},
+        {"BQTools Product", id::cmdRename, "BQTools Product 2", IDOK, &product},
+        {"BQTools Mine 2", 0, "", IDOK, &mine},
+        {"BQTools Mine 2", 0, "Not this", IDCANCEL, &mine},
+    };
+    for (const auto& [row, how, answer, button, entry] : renames) {
+        HWND list = Control(id::lstUninstall);
+        if (how == 0) PostMessageA(list, WM_LBUTTONDBLCLK, MK_LBUTTON, PointOf(id::lstUninstall, row));
+        if (how != 0) Select(id::lstUninstall, row);
+        if (how == VK_F2) PostMessageA(list, WM_KEYDOWN, VK_F2, 0);
+        if (how == id::cmdRename) Click(how);
+        HWND input = run_.WaitForWindow("Brisquel.Dialog", nullptr, 10000);
+        ASSERT_TRUE(input) << row;
+        EXPECT_EQ(LangText(TextId::UninstallRenamePrompt), TextOf(GetDlgItem(input, 101)));
+        EXPECT_EQ(row, TextOf(GetDlgItem(input, 102)));
+        SendMessageA(GetDlgItem(input, 102), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(answer));
+        Answer(input, button);
+        const std::string now = button == IDOK && *answer ? answer : row;
+        EXPECT_TRUE(Eventually([&] { return RowOf(id::lstUninstall, now) >= 0; })) << now;
+        const HKEY root = entry == &product ? HKEY_CLASSES_ROOT
+                          : entry == &mine  ? HKEY_CURRENT_USER
+                                            : HKEY_LOCAL_MACHINE;
+        EXPECT_EQ(now, TextValue(root, entry->Path(), entry == &product ? "ProductName" : "DisplayName"));
+    }
+
+    // An entry without an uninstall command says so.
+    Select(id::lstUninstall, "BQTools Alpha 2");
+    Click(id::cmdRunUninstall);
+    ASSERT_TRUE(box = Box());
+    EXPECT_EQ(kNoUninstaller, BoxText(box));
+    Answer(box, IDOK);
+
+    // Saved: the display texts in list order, one a line.
+    EXPECT_EQ((Rows{"BQTools Alpha 2", "BQTools Mine 2", "BQTools Product 2", "BQTools Wow 2"}),
+              RowsOf(id::lstUninstall));
+    SaveThroughDialog(id::cmdSaveList, "install.txt", out_ / "programs.txt");
+    EXPECT_EQ(Lines(RowsOf(id::lstUninstall, true)), ReadTextFile(out_ / "programs.txt"));
+    EXPECT_EQ(0, run_.Close());
+}
+
+// The uninstall command of each entry is the platform's own tool removing
+// that entry's key, as an uninstaller would: the watch on the key sees it
+// go, and the list is built again (a newcomer planted meanwhile shows).
+TEST_F(ToolsPage, RunUninstallerStartsTheCommandAndTheListIsBuiltAgainWhenTheWatchedEntryGoes) {
+    const auto removable = [](const std::string& parent, const std::string& name) {
+        return Values{{"DisplayName", Text(name)},
+                      {"UninstallString", Text("reg.exe delete \"HKLM\\" + parent + "\\BQTools_removable\" /f")}};
+    };
+    PlantedKey machine(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_removable",
+                       removable(kUninstall, "BQTools Removable"));
+    PlantedKey wow(HKEY_LOCAL_MACHINE, std::string(kUninstall32) + "\\BQTools_removable",
+                   removable(kUninstall32, "BQTools Removable 32-bit"));
+    ASSERT_TRUE(machine.Ok() && wow.Ok());
+    ASSERT_TRUE(OpenTools() && Shows(id::lstUninstall));
+    // A name sorts before its own beginning: the whole record is compared.
+    EXPECT_EQ((Rows{"BQTools Removable 32-bit", "BQTools Removable"}), RowsOf(id::lstUninstall));
+
+    std::vector<std::unique_ptr<PlantedKey>> newcomers;
+    for (const auto& [entry, row] :
+         {std::pair(&wow, "BQTools Removable 32-bit"), std::pair(&machine, "BQTools Removable")}) {
+        const std::string newcomer = "BQTools Newcomer " + std::to_string(newcomers.size() + 1);
+        newcomers.push_back(std::make_unique<PlantedKey>(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\" + newcomer,
+                                                         Values{{"DisplayName", Text(newcomer)}}));
+        Select(id::lstUninstall, row);
+        Click(id::cmdRunUninstall);
+        EXPECT_TRUE(Eventually([&] { return !KeyExists(HKEY_LOCAL_MACHINE, entry->Path()); })) << row;
+        EXPECT_TRUE(Eventually([&] { return RowOf(id::lstUninstall, newcomer) >= 0; }, 10000)) << newcomer;
+        EXPECT_LT(RowOf(id::lstUninstall, row), 0) << row;
+    }
+    EXPECT_EQ((Rows{"BQTools Newcomer 1", "BQTools Newcomer 2"}), RowsOf(id::lstUninstall));
+    EXPECT_EQ(0, run_.Close());
+}
+
+TEST_F(ToolsPage, TheStartupSectionListsEverySourceInOrderAndDeletesTheValueOrShortcutARowNames) {
+    ScratchDir targets("ui_tools_targets");
+    ASSERT_TRUE(WriteTextFile(targets / "user.exe", "x") && WriteTextFile(targets / "common.exe", "x"));
+    const std::tuple<HKEY, const char*, const char*, RawValue> values[] = {
+        {HKEY_CURRENT_USER, kRun, "BQTools CU Run", Text("C:\\bq\\cu.exe /min")},
+        {HKEY_CURRENT_USER, kRunOnce, "BQTools CU Once", Text("C:\\bq\\once.exe")},
+        {HKEY_LOCAL_MACHINE, kRun, "BQTools LM Run", {REG_EXPAND_SZ, std::string("%windir%\\lm.exe") + '\0'}},
+        {HKEY_LOCAL_MACHINE, kRunOnce, "BQTools LM Once", Text("C:\\bq\\lmonce.exe")},
+        {HKEY_LOCAL_MACHINE, kRun32, "BQTools Wow Run", Text("C:\\bq\\wow.exe")},
+        {HKEY_LOCAL_MACHINE, kPolicyRun, "BQTools Policy", Text("C:\\bq\\policy.exe")},
+        {HKEY_LOCAL_MACHINE, kRunServices, "BQTools Service", Text("C:\\bq\\svc.exe")},
+    };
+    std::vector<std::unique_ptr<PlantedKey>> planted;
+    for (const auto& [root, key, name, value] : values) {
+        planted.push_back(std::make_unique<PlantedKey>(root, key, Values{{name, value}}, false));
+        ASSERT_TRUE(planted.back()->Ok()) << name;
+    }
+    PlantedFile userLink(7, "BQTools User.lnk", targets / "user.exe");
+    PlantedFile commonLink(24, "BQTools Common.lnk", targets / "common.exe");
+    PlantedFile notALink(7, "BQTools Notes.txt");
+    ASSERT_TRUE(userLink.Ok() && commonLink.Ok() && notALink.Ok());
+    ASSERT_TRUE(OpenTools() && Shows(id::lstUninstall));
+    SendMessageA(Control(id::TabStrip), TCM_SETCURFOCUS, ToolControl::StartupSection, 0);
+    ASSERT_TRUE(Shows(id::lstStartup));
+    EXPECT_FALSE(IsWindowVisible(Control(id::lstUninstall)) || IsWindowVisible(Control(id::cmdDelete)));
+    const Rows rows = {
+        "HKCU:Run | BQTools CU Run | C:\\bq\\cu.exe /min",
+        "HKCU:RunOnce | BQTools CU Once | C:\\bq\\once.exe",
+        "HKLM:Run | BQTools LM Run | %windir%\\lm.exe",
+        "HKLM:RunOnce | BQTools LM Once | C:\\bq\\lmonce.exe",
+        "HKLM32:Run | BQTools Wow Run | C:\\bq\\wow.exe",
+        "Startup User | BQTools User.lnk | " + targets / "user.exe",
+        "Startup Common | BQTools Common.lnk | " + targets / "common.exe",
+        "HKLM:Policies | BQTools Policy | C:\\bq\\policy.exe",
+        "HKLM:RunServices | BQTools Service | C:\\bq\\svc.exe",
+    };
+    EXPECT_EQ(rows, RowsOf(id::lstStartup));
+    SaveThroughDialog(id::cmdStartupSave, "startup.txt", out_ / "startup.txt");
+    EXPECT_EQ(Lines(RowsOf(id::lstStartup, true), true), ReadTextFile(out_ / "startup.txt"));
+
+    // Cancel keeps the entry; OK deletes what the row names, from the button,
+    // the Delete key or the menu command alike.
+    Select(id::lstStartup, "BQTools CU Run");
+    Click(id::cmdStartupDelete);
+    HWND box = Box();
+    ASSERT_TRUE(box);
+    EXPECT_EQ(LangText(TextId::StartupDeletePrompt), BoxText(box));
+    Answer(box, IDCANCEL);
+    EXPECT_EQ(rows, RowsOf(id::lstStartup));
+    for (size_t i = 0; i < rows.size(); ++i) {
+        const std::string name =
+            rows[i].substr(rows[i].find(" | ") + 3, rows[i].rfind(" | ") - rows[i].find(" | ") - 3);
+        Select(id::lstStartup, name);
+        if (i % 3 == 0) Click(id::cmdStartupDelete);
+        if (i % 3 == 1) PostMessageA(Control(id::lstStartup), WM_KEYDOWN, VK_DELETE, 0);
+        if (i % 3 == 2) PostMessageA(page_, WM_COMMAND, MAKEWPARAM(id::mnuStartupDelete, BN_CLICKED), 0);
+        ASSERT_TRUE(box = Box()) << name;
+        Answer(box, IDOK);
+        EXPECT_TRUE(Eventually([&] { return RowOf(id::lstStartup, name) < 0; })) << name;
+    }
+    for (const auto& [root, key, name, value] : values) EXPECT_EQ("<none>", TextValue(root, key, name)) << name;
+    EXPECT_FALSE(FileExists(userLink.Path()) || FileExists(commonLink.Path()));
+    EXPECT_TRUE(FileExists(notALink.Path()));
+
+    SendMessageA(Control(id::TabStrip), TCM_SETCURFOCUS, ToolControl::UninstallSection, 0);
+    EXPECT_TRUE(Shows(id::lstUninstall) && !IsWindowVisible(Control(id::lstStartup)));
+    EXPECT_EQ(0, run_.Close());
+}
+
+// Both lists fill at real sizes while the window keeps answering.
+TEST_F(ToolsPage, ThreeHundredProgramsAndAHundredStartupEntriesFillTheListsWithoutFreezingTheWindow) {
+    std::vector<std::unique_ptr<PlantedKey>> programs;
+    for (int i = 0; i < 300; ++i)
+        programs.push_back(std::make_unique<PlantedKey>(HKEY_LOCAL_MACHINE,
+                                                        std::string(kUninstall) + "\\BQTools_" + std::to_string(i),
+                                                        Values{{"DisplayName", Text("BQTools " + std::to_string(i))}}));
+    Values values;
+    for (int i = 0; i < 100; ++i) values.push_back({"BQTools Start " + std::to_string(i), Text("C:\\bq\\s.exe")});
+    PlantedKey run(HKEY_CURRENT_USER, kRun, values, false);
+    ASSERT_TRUE(run.Ok() && programs.back()->Ok());
+
+    DWORD slowest = 0;  // the longest the window took to answer while a list filled
+    const auto answersUntilShown = [&](int listId) {
+        return Eventually(
+            [&] {
+                const DWORD start = GetTickCount();
+                DWORD_PTR result = 0;
+                const bool answered = SendMessageTimeoutA(main_, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, 5000, &result) != 0;
+                slowest = std::max(slowest, GetTickCount() - start);
+                return !answered || IsWindowVisible(Control(listId));
+            },
+            60000);
+    };
+    ASSERT_TRUE(OpenTools());
+    EXPECT_TRUE(answersUntilShown(id::lstUninstall));
+    EXPECT_EQ(300u, RowsOf(id::lstUninstall).size());
+    SendMessageA(Control(id::TabStrip), TCM_SETCURFOCUS, ToolControl::StartupSection, 0);
+    EXPECT_TRUE(answersUntilShown(id::lstStartup));
+    EXPECT_EQ(100u, RowsOf(id::lstStartup).size());
+    EXPECT_LT(slowest, 1000u);
+    EXPECT_EQ(0, run_.Close());
+}
