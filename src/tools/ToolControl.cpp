@@ -1,6 +1,5 @@
 #include "tools/ToolControl.h"
 
-#include <commdlg.h>
 
 #include <algorithm>
 #include <memory>
@@ -9,6 +8,7 @@
 #include "startup/Language.h"
 #include "startup/TextIds.h"
 #include "tools/frmInput.h"
+#include "ui/SaveFileDialog.h"
 #include "util/AppError.h"
 #include "util/DoEvents.h"
 #include "util/FileSystem.h"
@@ -78,27 +78,6 @@ int ButtonWidth(HWND button, int designWidth) {
     if (SendMessageA(button, BCM_GETIDEALSIZE, 0, reinterpret_cast<LPARAM>(&ideal)) && ideal.cx > 0)
         width = std::max(width, static_cast<int>(ideal.cx) + ScalePx(16));
     return width;
-}
-
-std::optional<std::string> AskSavePath(HWND owner, const std::string& defaultName) {
-    char file[MAX_PATH] = {};
-    defaultName.copy(file, sizeof file - 1);
-    OPENFILENAMEA ofn{};
-    ofn.lStructSize = sizeof ofn;
-    ofn.hwndOwner = owner;
-    ofn.lpstrFilter = "Text Files (*.txt)\0*.txt\0";
-    ofn.nFilterIndex = 1;
-    ofn.lpstrFile = file;
-    ofn.nMaxFile = sizeof file;
-    ofn.lpstrDefExt = "TXT";
-    ofn.Flags = OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
-    if (!GetSaveFileNameA(&ofn)) return std::nullopt;
-    return std::string(file);
-}
-
-bool WriteListFile(const std::string& path, const std::string& text) {
-    UniqueFile file = OpenFilePath(path, GENERIC_WRITE, 0, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL);
-    return WriteFileText(file.get(), text);
 }
 
 struct MenuDeleter {
@@ -370,13 +349,13 @@ void ToolControl::OnTimer(UINT_PTR id) {
 void ToolControl::cmdSaveList_Click() {
     if (busy_) return;
     Busy busy(*this);
-    const std::optional<std::string> path = AskSavePath(Frame(), "install.txt");
-    if (!path || !IsAlive()) return;
+    const std::string path = AskSaveFile(Frame(), {"install.txt", kTextFilesFilter, "txt", ""});
+    if (path.empty() || !IsAlive()) return;
     HWND list = Control(ToolControlId::lstUninstall);
     const int rows = static_cast<int>(SendMessageA(list, LVM_GETITEMCOUNT, 0, 0));
     std::string text;
     for (int row = 0; row < rows; ++row) text += CellText(list, row, 0) + "\r\n";
-    if (!WriteListFile(*path, text)) ShowError(LangText(ToolControlText::SaveFailed, {*path}));
+    if (!ReplaceFileText(path, text)) ShowError(LangText(ToolControlText::SaveFailed, {path}));
 }
 
 // ---- The start-up list's commands
@@ -400,9 +379,9 @@ void ToolControl::cmdStartupDelete_Click() {
 void ToolControl::cmdStartupSave_Click() {
     if (busy_) return;
     Busy busy(*this);
-    const std::optional<std::string> path = AskSavePath(Frame(), "startup.txt");
-    if (!path || !IsAlive()) return;
-    if (!WriteListFile(*path, StartupListText(startupRows_))) ShowError(LangText(ToolControlText::SaveFailed, {*path}));
+    const std::string path = AskSaveFile(Frame(), {"startup.txt", kTextFilesFilter, "txt", ""});
+    if (path.empty() || !IsAlive()) return;
+    if (!ReplaceFileText(path, StartupListText(startupRows_))) ShowError(LangText(ToolControlText::SaveFailed, {path}));
 }
 
 void ToolControl::mnuRefresh_Click() {

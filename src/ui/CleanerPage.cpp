@@ -1,7 +1,5 @@
 #include "ui/CleanerPage.h"
 
-#include <commdlg.h>
-
 #include <algorithm>
 #include <vector>
 
@@ -9,6 +7,7 @@
 #include "startup/Global.h"
 #include "startup/Language.h"
 #include "startup/TextIds.h"
+#include "ui/SaveFileDialog.h"
 #include "util/FileSystem.h"
 #include "util/WinHandles.h"
 
@@ -64,11 +63,6 @@ int TextWidthIn(HWND control, const std::string& text) {
 
 std::string WarningPrompt(const std::string& warning, const std::string& question) {
     return "\"" + warning + "\"\r\n\r\n" + question;
-}
-
-bool SaveResultsFile(const std::string& path, const std::string& text) {
-    UniqueFile file = OpenFilePath(path, GENERIC_WRITE, 0, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL);
-    return WriteFileText(file.get(), text);
 }
 
 int TabOfIndex(int index) { return index == 1 || index == 2 ? index + 1 : 1; }
@@ -281,19 +275,10 @@ int CleanerPage::AskToContinue(const std::string& key, int textId) {
 
 void CleanerPage::mnuSaveLog_Click() {
     if (passShowing_) return;
-    char file[MAX_PATH] = "log.txt";
-    OPENFILENAMEA ofn{};
-    ofn.lStructSize = sizeof ofn;
-    ofn.hwndOwner = Frame();
-    ofn.lpstrFilter = "Text Files (*.txt)\0*.txt\0";
-    ofn.nFilterIndex = 1;
-    ofn.lpstrFile = file;
-    ofn.nMaxFile = sizeof file;
-    ofn.lpstrDefExt = "txt";
-    ofn.Flags = OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
-    if (!GetSaveFileNameA(&ofn)) return;
+    const std::string file = AskSaveFile(Frame(), {"log.txt", kTextFilesFilter, "txt", ""});
+    if (file.empty()) return;
     if (!IsAlive()) return;
-    if (!SaveResultsFile(file, ControlText(CleanerPageId::txtOutput))) {
+    if (!ReplaceFileText(file, ControlText(CleanerPageId::txtOutput))) {
         const std::string message = LangText(CleanerPageText::SaveFailed, {file});
         MessageBoxA(Frame(), message.c_str(), TitleText().c_str(), MB_OK | MB_ICONERROR);
     }

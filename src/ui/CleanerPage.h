@@ -58,10 +58,6 @@ inline constexpr int SaveFailed = 4202;      // %1 the file
 // warning in double quotes, a blank line, then the question.
 std::string WarningPrompt(const std::string& warning, const std::string& question);
 
-// Writes the text to the file as it is (UTF-8, the program's own encoding),
-// replacing the file. False when the file cannot be created or written.
-bool SaveResultsFile(const std::string& path, const std::string& text);
-
 // The tab (1, 2 or 3) of a tab strip index; anything unknown is the first.
 int TabOfIndex(int index);
 

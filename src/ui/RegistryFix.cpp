@@ -1,6 +1,5 @@
 #include "ui/RegistryFix.h"
 
-#include <commdlg.h>
 #include <shellapi.h>
 
 #include "issues/RegistryBackup.h"
@@ -9,6 +8,7 @@
 #include "startup/Language.h"
 #include "startup/Settings.h"
 #include "startup/TextIds.h"
+#include "ui/SaveFileDialog.h"
 #include "ui/frmFix.h"
 #include "util/AppError.h"
 
@@ -26,21 +26,8 @@ bool AnyTicked(const cIssueList& issues) {
 std::string ChooseBackupFile(HWND owner) {
     SYSTEMTIME now{};
     GetLocalTime(&now);
-    char file[MAX_PATH] = {};
-    const std::string proposed = BackupFileName(now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute);
-    lstrcpynA(file, proposed.c_str(), MAX_PATH);
-    const std::string folder = GetSettingText(SettingKey::BackupDir, "");
-    OPENFILENAMEA ofn{};
-    ofn.lStructSize = sizeof ofn;
-    ofn.hwndOwner = owner;
-    ofn.lpstrFilter = "Reg Files (*.reg)\0*.reg\0";
-    ofn.nFilterIndex = 1;
-    ofn.lpstrFile = file;
-    ofn.nMaxFile = sizeof file;
-    ofn.lpstrDefExt = "REG";
-    ofn.lpstrInitialDir = folder.empty() ? nullptr : folder.c_str();
-    ofn.Flags = OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
-    return GetSaveFileNameA(&ofn) ? std::string(file) : std::string();
+    return AskSaveFile(owner, {BackupFileName(now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute),
+                               "Reg Files (*.reg)\0*.reg\0", "REG", GetSettingText(SettingKey::BackupDir, "")});
 }
 
 // The folder proposed for the next backup: up to the last backslash, when

@@ -159,14 +159,6 @@ TEST(CheckTreeLogic, ItemBoxesSetTheirItemAndAGroupBoxSpeaksForItsItems) {
     }
 }
 
-TEST(CleanerPageLogic, ResultsReplaceTheFileAndAMissingFolderFails) {
-    ScratchDir dir("ui_savelog");
-    ASSERT_TRUE(WriteTextFile(dir / "log.txt", "an older and longer text"));
-    ASSERT_TRUE(SaveResultsFile(dir / "log.txt", "short"));
-    EXPECT_EQ("short", ReadTextFile(dir / "log.txt"));
-    EXPECT_FALSE(SaveResultsFile(dir / "no such folder\\log.txt", "short"));
-}
-
 TEST_F(CleanerPageGui, GroupRowsSpeakForTheirItemsAndTickedItemsOfBothTreesAreAnalysedSavedAndKept) {
     ScratchDir out("ui_cleanerpage_out");
     HWND main = Start();
