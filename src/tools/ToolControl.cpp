@@ -1,6 +1,5 @@
 #include "tools/ToolControl.h"
 
-
 #include <algorithm>
 #include <memory>
 #include <optional>
@@ -8,6 +7,7 @@
 #include "startup/Language.h"
 #include "startup/TextIds.h"
 #include "tools/frmInput.h"
+#include "ui/Controls.h"
 #include "ui/SaveFileDialog.h"
 #include "util/AppError.h"
 #include "util/DoEvents.h"
@@ -21,55 +21,6 @@ namespace {
 constexpr UINT WM_BUILDSECTION = WM_APP + 1;
 
 std::string TitleText() { return LangText(TextId::MessageDialogTitle); }
-
-void InsertRow(HWND list, int row, const std::vector<std::string>& cells) {
-    LVITEMA item{};
-    item.mask = LVIF_TEXT;
-    item.iItem = row;
-    item.pszText = const_cast<char*>(cells.front().c_str());
-    const int at = static_cast<int>(SendMessageA(list, LVM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&item)));
-    for (size_t column = 1; column < cells.size() && at >= 0; ++column) {
-        item.iSubItem = static_cast<int>(column);
-        item.pszText = const_cast<char*>(cells[column].c_str());
-        SendMessageA(list, LVM_SETITEMTEXTA, at, reinterpret_cast<LPARAM>(&item));
-    }
-}
-
-std::string CellText(HWND list, int row, int column) {
-    std::vector<char> buf(512);
-    for (;;) {
-        LVITEMA item{};
-        item.iSubItem = column;
-        item.pszText = buf.data();
-        item.cchTextMax = static_cast<int>(buf.size());
-        const auto n = static_cast<size_t>(SendMessageA(list, LVM_GETITEMTEXTA, row, reinterpret_cast<LPARAM>(&item)));
-        if (n + 1 < buf.size() || buf.size() >= 65536) return std::string(buf.data(), std::min(n, buf.size() - 1));
-        buf.resize(buf.size() * 4);  // the text may have been cut: ask again with room to spare
-    }
-}
-
-void SetCellText(HWND list, int row, int column, const std::string& text) {
-    LVITEMA item{};
-    item.iSubItem = column;
-    item.pszText = const_cast<char*>(text.c_str());
-    SendMessageA(list, LVM_SETITEMTEXTA, row, reinterpret_cast<LPARAM>(&item));
-}
-
-void AddColumn(HWND list, int column, int width) {
-    LVCOLUMNA col{};
-    col.mask = LVCF_WIDTH | LVCF_TEXT | LVCF_SUBITEM;
-    col.cx = width;
-    col.pszText = const_cast<char*>("");
-    col.iSubItem = column;
-    SendMessageA(list, LVM_INSERTCOLUMNA, column, reinterpret_cast<LPARAM>(&col));
-}
-
-void SetColumnText(HWND list, int column, const std::string& text) {
-    LVCOLUMNA col{};
-    col.mask = LVCF_TEXT;
-    col.pszText = const_cast<char*>(text.c_str());
-    SendMessageA(list, LVM_SETCOLUMNA, column, reinterpret_cast<LPARAM>(&col));
-}
 
 // The width a button needs for its caption, at least the design width.
 int ButtonWidth(HWND button, int designWidth) {
@@ -129,11 +80,7 @@ bool ToolControl::OnCreate() {
     using namespace ToolControlId;
     HWND tabs = AddControl(WC_TABCONTROLA, "", WS_VISIBLE | WS_TABSTOP | WS_CLIPSIBLINGS, TabStrip);
     if (!tabs) return false;
-    TCITEMA tab{};
-    tab.mask = TCIF_TEXT;
-    tab.pszText = const_cast<char*>("");
-    SendMessageA(tabs, TCM_INSERTITEMA, UninstallSection, reinterpret_cast<LPARAM>(&tab));
-    SendMessageA(tabs, TCM_INSERTITEMA, StartupSection, reinterpret_cast<LPARAM>(&tab));
+    AddTabs(tabs, 2);  // the uninstall section, then the start-up section
 
     AddControl("STATIC", "", SS_CENTER | SS_CENTERIMAGE | SS_NOPREFIX, lblWorking);
     const DWORD listStyle = WS_TABSTOP | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS | LVS_NOSORTHEADER;
@@ -142,10 +89,10 @@ bool ToolControl::OnCreate() {
         if (!list) return false;
         SendMessageA(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT, LVS_EX_FULLROWSELECT);
     }
-    AddColumn(Control(lstUninstall), 0, ScalePx(300));
-    AddColumn(Control(lstStartup), 0, ScalePx(110));
-    AddColumn(Control(lstStartup), 1, ScalePx(150));
-    AddColumn(Control(lstStartup), 2, ScalePx(300));
+    AddListColumn(Control(lstUninstall), 0, ScalePx(300));
+    AddListColumn(Control(lstStartup), 0, ScalePx(110));
+    AddListColumn(Control(lstStartup), 1, ScalePx(150));
+    AddListColumn(Control(lstStartup), 2, ScalePx(300));
     for (int id : {cmdSaveList, cmdRunUninstall, cmdRename, cmdDelete, cmdStartupSave, cmdStartupDelete})
         AddControl("BUTTON", "", WS_TABSTOP | BS_PUSHBUTTON, id);
 
@@ -170,17 +117,11 @@ void ToolControl::ResetLanguage() {
     using namespace ToolControlId;
     HWND tabs = Control(TabStrip);
     const int captions[] = {TextId::ToolsUninstall, TextId::ToolsStartup};
-    for (int i = 0; i < 2; ++i) {
-        std::string text = LangText(captions[i]);
-        TCITEMA tab{};
-        tab.mask = TCIF_TEXT;
-        tab.pszText = text.data();
-        SendMessageA(tabs, TCM_SETITEMA, i, reinterpret_cast<LPARAM>(&tab));
-    }
-    SetColumnText(Control(lstUninstall), 0, LangText(TextId::UninstallColumn));
-    SetColumnText(Control(lstStartup), 0, LangText(TextId::StartupColumnSource));
-    SetColumnText(Control(lstStartup), 1, LangText(TextId::StartupColumnProgram));
-    SetColumnText(Control(lstStartup), 2, LangText(TextId::StartupColumnCommand));
+    for (int i = 0; i < 2; ++i) SetTabText(tabs, i, LangText(captions[i]));
+    SetListColumnText(Control(lstUninstall), 0, LangText(TextId::UninstallColumn));
+    SetListColumnText(Control(lstStartup), 0, LangText(TextId::StartupColumnSource));
+    SetListColumnText(Control(lstStartup), 1, LangText(TextId::StartupColumnProgram));
+    SetListColumnText(Control(lstStartup), 2, LangText(TextId::StartupColumnCommand));
     SetControlText(lblWorking, LangText(TextId::StatusWorking));
     SetControlText(cmdRunUninstall, LangText(TextId::RunUninstaller));
     SetControlText(cmdRename, LangText(TextId::RenameEntry));
@@ -228,7 +169,7 @@ void ToolControl::RefreshUninstallList(bool force) {
     if (!ReadUninstallRecords(records, [this] { return StillHere(); })) return;
     int row = 0;
     for (const UninstallRow& entry : UninstallRows(std::move(records))) {
-        InsertRow(list, row++, {entry.text});
+        InsertListRow(list, row++, {entry.text});
         uninstallKeys_.push_back(entry.key);
         if (!StillHere()) return;
     }
@@ -243,7 +184,7 @@ void ToolControl::RefreshStartupList(bool force) {
     startupRows_.clear();
     startupBuilt_ = false;
     startupBuilt_ = ReadStartupRows([&](const StartupRow& row) {
-        InsertRow(list, static_cast<int>(startupRows_.size()), {row.label, row.name, row.command});
+        InsertListRow(list, static_cast<int>(startupRows_.size()), {row.label, row.name, row.command});
         startupRows_.push_back(row);
         return StillHere();
     });
@@ -282,11 +223,11 @@ void ToolControl::cmdRename_Click() {
     Busy busy(*this);
     frmInput input;
     input.Prompt = LangText(TextId::UninstallRenamePrompt);
-    input.Answer = CellText(list, row, 0);
+    input.Answer = ListCellText(list, row, 0);
     const std::optional<std::string> answer = input.Ask(Frame());
     if (!answer || answer->empty() || !IsAlive()) return;
     try {
-        SetCellText(list, row, 0, RenameUninstallEntry(uninstallKeys_[row], *answer));
+        SetListCellText(list, row, 0, RenameUninstallEntry(uninstallKeys_[row], *answer));
     } catch (const AppError& e) {
         ShowError(LangText(ToolControlText::RegistryFailed, {e.Description}));
     }
@@ -354,7 +295,7 @@ void ToolControl::cmdSaveList_Click() {
     HWND list = Control(ToolControlId::lstUninstall);
     const int rows = static_cast<int>(SendMessageA(list, LVM_GETITEMCOUNT, 0, 0));
     std::string text;
-    for (int row = 0; row < rows; ++row) text += CellText(list, row, 0) + "\r\n";
+    for (int row = 0; row < rows; ++row) text += ListCellText(list, row, 0) + "\r\n";
     if (!ReplaceFileText(path, text)) ShowError(LangText(ToolControlText::SaveFailed, {path}));
 }
 

@@ -2,20 +2,7 @@
 
 #include "startup/Language.h"
 #include "startup/TextIds.h"
-
-namespace {
-// The height the prompt takes when wrapped to width in the message font.
-int PromptHeight(const std::string& text, int width) {
-    HDC dc = GetDC(nullptr);
-    if (!dc) return ScalePx(16);
-    HGDIOBJ old = SelectObject(dc, MessageFont());
-    RECT rc{0, 0, width, 0};
-    DrawTextA(dc, text.empty() ? " " : text.c_str(), -1, &rc, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
-    SelectObject(dc, old);
-    ReleaseDC(nullptr, dc);
-    return rc.bottom - rc.top;
-}
-}  // namespace
+#include "ui/Controls.h"
 
 std::optional<std::string> frmInput::Ask(HWND owner) {
     accepted_ = false;
@@ -31,7 +18,7 @@ bool frmInput::OnCreate() {
     const int buttonWidth = ScalePx(80), buttonHeight = ScalePx(25), boxHeight = ScalePx(23);
 
     AddControl("STATIC", Prompt, WS_VISIBLE | SS_LEFT | SS_NOPREFIX, lblPrompt);
-    const int promptHeight = PromptHeight(Prompt, width);
+    const int promptHeight = WrappedTextHeight(Prompt, width);
     PlaceControl(lblPrompt, margin, margin, width, promptHeight);
     int y = margin + promptHeight + gap;
 

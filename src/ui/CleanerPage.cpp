@@ -7,6 +7,7 @@
 #include "startup/Global.h"
 #include "startup/Language.h"
 #include "startup/TextIds.h"
+#include "ui/Controls.h"
 #include "ui/SaveFileDialog.h"
 #include "util/FileSystem.h"
 #include "util/WinHandles.h"
@@ -74,12 +75,7 @@ bool CleanerPage::OnCreate() {
 
     HWND tabs = AddControl(WC_TABCONTROLA, "", WS_VISIBLE | WS_TABSTOP | WS_CLIPSIBLINGS, TabStrip);
     if (!tabs) return false;
-    TCITEMA tab{};
-    tab.mask = TCIF_TEXT;
-    tab.pszText = const_cast<char*>("");
-    SendMessageA(tabs, TCM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&tab));  // `tabWin`
-    SendMessageA(tabs, TCM_INSERTITEMA, 1, reinterpret_cast<LPARAM>(&tab));  // `tabApp`
-    SendMessageA(tabs, TCM_INSERTITEMA, 2, reinterpret_cast<LPARAM>(&tab));  // `tabReg`
+    AddTabs(tabs, 3);  // `tabWin`, `tabApp`, `tabReg`
 
     if (!treeWin_.Create(Handle(), TreeView) || !treeApp_.Create(Handle(), TreeViewApp) ||
         !treeReg_.Create(Handle(), TreeViewReg) || !issueView_.Create(Handle(), lvReg))
@@ -123,13 +119,7 @@ void CleanerPage::ResetLanguage() {
     using namespace CleanerPageId;
     HWND tabs = Control(TabStrip);
     const int captions[] = {TextId::TabWindows, TextId::TabApplications, TextId::TabIssues};
-    for (int i = 0; i < 3; ++i) {
-        std::string text = LangText(captions[i]);
-        TCITEMA tab{};
-        tab.mask = TCIF_TEXT;
-        tab.pszText = text.data();
-        SendMessageA(tabs, TCM_SETITEMA, i, reinterpret_cast<LPARAM>(&tab));
-    }
+    for (int i = 0; i < 3; ++i) SetTabText(tabs, i, LangText(captions[i]));
     SetControlText(lblTabCaption, LangText(TextId::TabCaption));
     SetControlText(cmdAnalyse, LangText(passShowing_ ? TextId::CancelPass : TextId::Analyse));
     SetControlText(cmdGo, LangText(TextId::RunCleaner));

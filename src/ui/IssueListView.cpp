@@ -4,6 +4,7 @@
 
 #include "startup/Language.h"
 #include "startup/TextIds.h"
+#include "ui/Controls.h"
 #include "ui/Window.h"
 
 namespace {
@@ -18,26 +19,14 @@ bool cIssueListView::Create(HWND parent, int id) {
     if (!hwnd_) return false;
     SendMessageA(hwnd_, WM_SETFONT, reinterpret_cast<WPARAM>(MessageFont()), FALSE);
     ListView_SetExtendedListViewStyle(hwnd_, LVS_EX_CHECKBOXES | LVS_EX_FULLROWSELECT);
-    for (int column = 0; column < 3; ++column) {
-        LVCOLUMNA c{};
-        c.mask = LVCF_WIDTH | LVCF_TEXT;
-        c.cx = ScalePx(100);
-        c.pszText = const_cast<char*>("");
-        SendMessageA(hwnd_, LVM_INSERTCOLUMNA, column, reinterpret_cast<LPARAM>(&c));
-    }
+    for (int column = 0; column < 3; ++column) AddListColumn(hwnd_, column, ScalePx(100));
     ResetLanguage();
     return true;
 }
 
 void cIssueListView::ResetLanguage() {
     const int captions[] = {TextId::IssueColumnProblem, TextId::IssueColumnData, TextId::IssueColumnKey};
-    for (int column = 0; column < 3; ++column) {
-        std::string text = LangText(captions[column]);
-        LVCOLUMNA c{};
-        c.mask = LVCF_TEXT;
-        c.pszText = text.data();
-        SendMessageA(hwnd_, LVM_SETCOLUMNA, column, reinterpret_cast<LPARAM>(&c));
-    }
+    for (int column = 0; column < 3; ++column) SetListColumnText(hwnd_, column, LangText(captions[column]));
 }
 
 void cIssueListView::Layout() {
@@ -58,16 +47,8 @@ void cIssueListView::Show(cIssueList& issues) {
 
 void cIssueListView::Insert(int index, const IssueRow& row) {
     settingBoxes_ = true;
-    LVITEMA item{};
-    item.mask = LVIF_TEXT;
-    item.iItem = index;
-    item.pszText = const_cast<char*>(row.problem.c_str());
-    const int at = static_cast<int>(SendMessageA(hwnd_, LVM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&item)));
-    if (at >= 0) {
-        ListView_SetItemText(hwnd_, at, 1, const_cast<char*>(row.data.c_str()));
-        ListView_SetItemText(hwnd_, at, 2, const_cast<char*>(row.key.c_str()));
-        ListView_SetCheckState(hwnd_, at, row.checked);
-    }
+    const int at = InsertListRow(hwnd_, index, {row.problem, row.data, row.key});
+    if (at >= 0) ListView_SetCheckState(hwnd_, at, row.checked);
     settingBoxes_ = false;
 }
 

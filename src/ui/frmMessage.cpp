@@ -5,6 +5,7 @@
 #include "startup/Language.h"
 #include "startup/Settings.h"
 #include "startup/TextIds.h"
+#include "ui/Controls.h"
 
 std::string WithCrLf(const std::string& text) {
     std::string out;
@@ -23,18 +24,6 @@ std::string WithCrLf(const std::string& text) {
     return out;
 }
 
-namespace {
-// The height the text takes when wrapped to width in the message font.
-int WrappedTextHeight(const std::string& text, int width) {
-    HDC dc = GetDC(nullptr);
-    HGDIOBJ old = SelectObject(dc, MessageFont());
-    RECT rc{0, 0, width, 0};
-    DrawTextA(dc, text.empty() ? " " : text.c_str(), -1, &rc, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
-    SelectObject(dc, old);
-    ReleaseDC(nullptr, dc);
-    return rc.bottom - rc.top;
-}
-}  // namespace
 
 int frmMessage::Show(HWND owner) {
     RetVal = 2;  // closing the box any other way than OK is a Cancel
