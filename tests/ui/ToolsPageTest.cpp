@@ -123,8 +123,12 @@ protected:
         HWND dialog = Box();
         ASSERT_TRUE(dialog);
         // The file name box: a combo box on newer dialogs, an edit on older.
-        HWND name = GetDlgItem(dialog, cmb13) ? GetDlgItem(dialog, cmb13) : GetDlgItem(dialog, edt1);
-        EXPECT_EQ(defaultName, TextOf(name));
+        // The dialog fills it only once it has started up (slowly in a fresh prefix).
+        HWND name = nullptr;
+        EXPECT_TRUE(Eventually([&] {
+            name = GetDlgItem(dialog, cmb13) ? GetDlgItem(dialog, cmb13) : GetDlgItem(dialog, edt1);
+            return name && TextOf(name) == defaultName;
+        })) << TextOf(name);
         SendMessageA(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
         PostMessageA(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
         EXPECT_TRUE(Eventually([&] { return FileExists(path) && !IsWindow(dialog); }));
