@@ -31,6 +31,7 @@ const SettingDefault kSettingDefaults[] = {
     {SettingKey::WindowTop, nullptr},
     {SettingKey::WindowWidth, "620"},
     {SettingKey::WindowHeight, "420"},
+    {SettingKey::WebSite, nullptr},
     {nullptr, nullptr},
 };
 

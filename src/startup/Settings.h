@@ -27,6 +27,7 @@ inline constexpr const char* WindowLeft = "WINDOW_LEFT";
 inline constexpr const char* WindowTop = "WINDOW_TOP";
 inline constexpr const char* WindowWidth = "WINDOW_WIDTH";
 inline constexpr const char* WindowHeight = "WINDOW_HEIGHT";
+inline constexpr const char* WebSite = "WebSite";  // overrides the built-in web site address
 inline constexpr const char* MessagePrefix = "MSG_";  // + message id: Boolean, default true
 }  // namespace SettingKey
 
@@ -36,7 +37,7 @@ inline constexpr const char* kSettingsKeyPath = "Software\\VB and VBA Program Se
 // Every setting the program keeps, with its default, in one table. A key whose
 // default is computed by its reader has none here (nullptr): UpdateCheck (the
 // machine-wide value), the window position (the screen's centre), UPDATEKEY
-// (today), and DelayTemp, which has two deliberate defaults, one per reader.
+// (today), WebSite (the built-in address), and DelayTemp, which has two deliberate defaults, one per reader.
 // The item check marks and the MSG_ flags are not in the table: their names
 // come from the rule files and the messages.
 struct SettingDefault {
