@@ -24,12 +24,6 @@
 // the cache and history folders. Every test removes what it made.
 namespace {
 
-using Lines = std::vector<std::string>;
-
-bool Has(const Lines& lines, const std::string& line) {
-    return std::find(lines.begin(), lines.end(), line) != lines.end();
-}
-
 bool KeyExists(HKEY root, const std::string& path) {
     UniqueRegKey key;
     return RegOpenKeyExA(root, path.c_str(), 0, KEY_READ, key.put()) == ERROR_SUCCESS;

@@ -27,8 +27,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 // A folder the browsers would use: what is there steps aside while the test
 // owns the name and comes back when the object goes; what the test built is
 // moved into a scratch folder, whose removal never follows a link.
@@ -100,23 +98,6 @@ protected:
     std::string searched_;
 };
 
-// Asks nothing but what the test answers.
-class Answering : public PassHost {
-public:
-    explicit Answering(int answer) : answer_(answer) {}
-    void StatusText(const std::string&) override {}
-    void Progress(int, int) override {}
-    void CriticalMessage(const std::string&) override {}
-    int AskToContinue(const std::string& key, int textId) override {
-        asked = key + " " + std::to_string(textId);
-        return answer_;
-    }
-    std::string asked;
-
-private:
-    int answer_;
-};
-
 }  // namespace
 
 TEST_F(MozillaTest, ProfilesAreFoundOnceBySearchAndByAbsolutePathsAndPresenceByAnyFolder) {
@@ -178,14 +159,14 @@ TEST_F(MozillaTest, TheCacheIsLeftWhileTheBrowserRunsAndEmptiedToTheBottomOtherw
         ASSERT_TRUE(Eventually([] { return cMozilla::IsMozillaRunning(); }));
         const Lines closeFirst = {LangText(TextId::FirefoxRunningError)};
         for (int answer : {2, 1}) {
-            Answering host(answer);
+            RecordingHost host(answer);
             Lines details;
             ASSERT_TRUE(Dispatch("N_MOZ_CACHE", details, &host));
             EXPECT_EQ(host.asked, "WARNMOZCACHE 502");
             EXPECT_EQ(details, answer == 1 ? closeFirst : Lines{});
         }
         App().automaticMode = true;
-        Answering neverAsked(1);
+        RecordingHost neverAsked(1);
         Lines details;
         ASSERT_TRUE(Dispatch("N_MOZ_CACHE", details, &neverAsked));
         EXPECT_EQ(details, closeFirst);

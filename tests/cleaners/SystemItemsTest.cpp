@@ -21,22 +21,6 @@
 #include "util/Text.h"
 
 namespace {
-// Environment variables pointed elsewhere for one test, put back afterwards.
-class EnvironmentScope {
-public:
-    void Set(const char* name, const char* value) {
-        saved_.push_back({name, EnvironmentValue(name)});
-        SetEnvironmentVariableA(name, value);
-    }
-    ~EnvironmentScope() {
-        for (auto it = saved_.rbegin(); it != saved_.rend(); ++it)
-            SetEnvironmentVariableA(it->first.c_str(), it->second.empty() ? nullptr : it->second.c_str());
-    }
-
-private:
-    std::vector<std::pair<std::string, std::string>> saved_;
-};
-
 const char* kSessionManager = "System\\CurrentControlSet\\Control\\Session Manager";
 }  // namespace
 

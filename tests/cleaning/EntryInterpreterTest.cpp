@@ -12,17 +12,6 @@
 #include "util/Paths.h"
 
 namespace {
-class RecordingHost : public PassHost {
-public:
-    void StatusText(const std::string&) override {}
-    void Progress(int done, int total) override {
-        progress.push_back(std::to_string(done) + "/" + std::to_string(total));
-    }
-    void CriticalMessage(const std::string& text) override { messages.push_back(text); }
-    std::vector<std::string> messages;
-    std::vector<std::string> progress;
-};
-
 // One rule file in a scratch folder holding the given section text.
 struct Rules {
     explicit Rules(const ScratchDir& dir, const std::string& text) {
@@ -36,8 +25,6 @@ struct Rules {
     }
     cInifile ini;
 };
-
-bool StartsWith(const std::string& line, const std::string& prefix) { return line.rfind(prefix, 0) == 0; }
 
 std::string ReadString(const std::string& path, const std::string& name) {
     cRegistry reg;

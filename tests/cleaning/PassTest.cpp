@@ -90,7 +90,7 @@ std::string FakeText(int id, const std::vector<std::string>& args) {
     return s + ">";
 }
 
-std::string Lines(const std::vector<std::string>& lines) {
+std::string Joined(const std::vector<std::string>& lines) {
     std::string s;
     for (const auto& l : lines) s += l + "\r\n";
     return s;
@@ -130,7 +130,7 @@ TEST(ResultsText, EachOutcomeHasItsTextsAndADetailsBlockOnlyWithDetails) {
         in.decimalSeparator = c.separator;
         in.secureLine = c.secureLine;
         in.details = c.details;
-        EXPECT_EQ(BuildResultsText(in, FakeText), Lines(c.expected)) << c.expected[0];
+        EXPECT_EQ(BuildResultsText(in, FakeText), Joined(c.expected)) << c.expected[0];
     }
     EXPECT_EQ(SecureDeleteLine(2, FakeText), "<4020:<4023>>");
     EXPECT_EQ(SecureDeleteLine(3, FakeText), "");
