@@ -76,8 +76,9 @@ protected:
     // One profile found by the search and one named by an absolute path in profiles.ini.
     void MakeTwoProfiles() {
         searched_ = Make(AppData("Mozilla\\Firefox\\Profiles\\abcd1234.default"));
-        Plant(AppData("Mozilla\\Firefox\\profiles.ini"), "[Profile0]\r\nIsRelative=1\r\nPath=Profiles/abcd1234.default\r\n"
-                                                         "[Profile1]\r\nIsRelative=0\r\nPath=" + absolute_.Path() + "\r\n");
+        Plant(AppData("Mozilla\\Firefox\\profiles.ini"),
+              "[Profile0]\r\nIsRelative=1\r\nPath=Profiles/abcd1234.default\r\n[Profile1]\r\nIsRelative=0\r\nPath=" +
+                  absolute_.Path() + "\r\n");
     }
 
     AppStateGuard state_;

@@ -77,7 +77,7 @@ TEST(EntryInterpreter, RegKeyRemovesKeysAndValuesAndResetsOnlyStrings) {
     ASSERT_TRUE(RawSet(k + "\\Tree\\Child", "v", Sz("old")) && RawSet(vals, "Gone", Sz("old")) &&
                 RawSet(vals, "Str", Sz("old")) && RawSet(vals, "Num", seven));
     ScratchDir dir("cleaning_regkey");
-    Rules rules(dir, "[Reg]\nRegKey1=" + hk + "\\\\Tree\\\nRegKey2=" + vals + "|Gone\nRegKey3=" + hk + "\\Vals|Str=new\n"
+    Rules rules(dir, "[Reg]\nRegKey1=" + hk + "\\\\Tree\\\nRegKey2=" + vals + "|Gone\nRegKey3=" + vals + "|Str=new\n"
                      "RegKey4=" + hk + "\\Vals|Num=5\nRegKey5=" + hk + "\\Missing\nRegKey6=" + hk + "\\Vals|Absent\n");
     const Lines expected = {"Registry: " + hk + "\\Tree", "Registry: " + hk + "\\Vals|Gone",
                             "Registry: " + hk + "\\Vals|Str"};

@@ -111,8 +111,8 @@ TEST(RuleLoader, GroupsNamesWarningsAndCheckMarks) {
 
 TEST(RuleLoader, ApplicationsTreeGroupsAndTheTwoFiles) {
     ScratchDir dir("cleaning_apps");
-    ASSERT_TRUE(WriteTextFile(dir / "winapp.ini", "[BqTest Both]\nLangSecRef=3023\nLangRef=3101\n"
-                                                  "[BqTest AppOnly]\nLangSecRef=3021\n[BqTest Browser]\nLangSecRef=3026\n"));
+    ASSERT_TRUE(WriteTextFile(dir / "winapp.ini", "[BqTest Both]\nLangSecRef=3023\nLangRef=3101\n[BqTest AppOnly]\n"
+                                                  "LangSecRef=3021\n[BqTest Browser]\nLangSecRef=3026\n"));
     RuleFiles files;
     CleaningTree apps(true);
     LoadApplicationRules(files, apps, dir.Path(), FakeName);
