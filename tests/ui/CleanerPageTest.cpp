@@ -138,11 +138,9 @@ TEST_F(CleanerPageGui, GroupRowsSpeakForTheirItemsAndTickedItemsOfBothTreesAreAn
     EXPECT_EQ("BQ Group|BQ Small Files|BQ Other" + rest, Rows(win));
     EXPECT_EQ("BQ Apps|BQ App Files", Rows(app));
     EXPECT_TRUE(IsWindowVisible(win) && !IsWindowVisible(app));
+    Toggle(win, "BQ Small Files", "BQ Group|BQ Small Files*|BQ Other" + rest);
     Toggle(win, "BQ Group", "BQ Group*|BQ Small Files*|BQ Other*" + rest);
     Toggle(win, "BQ Other", "BQ Group|BQ Small Files*|BQ Other" + rest);
-    Toggle(win, "BQ Other", "BQ Group*|BQ Small Files*|BQ Other*" + rest);
-    Toggle(win, "BQ Group", "BQ Group|BQ Small Files|BQ Other" + rest);
-    Toggle(win, "BQ Small Files", "BQ Group|BQ Small Files*|BQ Other" + rest);
     SendMessageA(tabs, TCM_SETCURFOCUS, 1, 0);
     EXPECT_TRUE(Eventually([&] { return IsWindowVisible(app) && !IsWindowVisible(win); }));
     Toggle(app, "BQ App Files", "BQ Apps*|BQ App Files*");

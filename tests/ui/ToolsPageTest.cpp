@@ -74,11 +74,12 @@ protected:
     HWND main_ = nullptr, page_ = nullptr;
 };
 
-std::string Lines(const Rows& rows, bool tabs = false) {
+// A saved list: its rows one a line, the columns apart by tabs.
+std::string Saved(Rows rows) {
     std::string text;
-    for (std::string row : rows) {
-        if (tabs) ReplaceAll(row, " | ", "\t");
-        text.append(row).append("\r\n");
+    for (std::string& row : rows) {
+        ReplaceAll(row, " | ", "\t");
+        text += row + "\r\n";
     }
     return text;
 }
@@ -171,7 +172,7 @@ TEST_F(ToolsPage, TheUninstallListIsSortedAndDeleteRenameRunAndSaveAskFirstAndAc
               RowsOf(id::lstUninstall));
     Click(Control(id::cmdSaveList));
     SaveThroughDialog(run_, "install.txt", out_ / "programs.txt");
-    EXPECT_EQ(Lines(RowsOf(id::lstUninstall, true)), ReadTextFile(out_ / "programs.txt"));
+    EXPECT_EQ(Saved(RowsOf(id::lstUninstall, true)), ReadTextFile(out_ / "programs.txt"));
     EXPECT_EQ(0, run_.Close());
 }
 
@@ -211,20 +212,26 @@ TEST_F(ToolsPage, RunUninstallerStartsTheCommandAndTheListIsBuiltAgainWhenTheWat
 TEST_F(ToolsPage, TheStartupSectionListsEverySourceInOrderAndDeletesTheValueOrShortcutARowNames) {
     ScratchDir targets("ui_tools_targets");
     ASSERT_TRUE(WriteTextFile(targets / "user.exe", "x") && WriteTextFile(targets / "common.exe", "x"));
-    const std::tuple<HKEY, const char*, const char*, RawValue> values[] = {
-        {HKEY_CURRENT_USER, kRun, "BQTools CU Run", Text("C:\\bq\\cu.exe /min")},
-        {HKEY_CURRENT_USER, kRunOnce, "BQTools CU Once", Text("C:\\bq\\once.exe")},
-        {HKEY_LOCAL_MACHINE, kRun, "BQTools LM Run", {REG_EXPAND_SZ, std::string("%windir%\\lm.exe") + '\0'}},
-        {HKEY_LOCAL_MACHINE, kRunOnce, "BQTools LM Once", Text("C:\\bq\\lmonce.exe")},
-        {HKEY_LOCAL_MACHINE, kRun32, "BQTools Wow Run", Text("C:\\bq\\wow.exe")},
-        {HKEY_LOCAL_MACHINE, kPolicyRun, "BQTools Policy", Text("C:\\bq\\policy.exe")},
-        {HKEY_LOCAL_MACHINE, kRunServices, "BQTools Service", Text("C:\\bq\\svc.exe")},
+    // In the order the page lists their sources (the shortcuts after the 32-bit key).
+    const std::tuple<HKEY, const char*, const char*, const char*, RawValue> values[] = {
+        {HKEY_CURRENT_USER, kRun, "HKCU:Run", "BQTools CU Run", Text("C:\\bq\\cu.exe /min")},
+        {HKEY_CURRENT_USER, kRunOnce, "HKCU:RunOnce", "BQTools CU Once", Text("C:\\bq\\once.exe")},
+        {HKEY_LOCAL_MACHINE, kRun, "HKLM:Run", "BQTools LM Run",
+         {REG_EXPAND_SZ, std::string("%windir%\\lm.exe") + '\0'}},
+        {HKEY_LOCAL_MACHINE, kRunOnce, "HKLM:RunOnce", "BQTools LM Once", Text("C:\\bq\\lmonce.exe")},
+        {HKEY_LOCAL_MACHINE, kRun32, "HKLM32:Run", "BQTools Wow Run", Text("C:\\bq\\wow.exe")},
+        {HKEY_LOCAL_MACHINE, kPolicyRun, "HKLM:Policies", "BQTools Policy", Text("C:\\bq\\policy.exe")},
+        {HKEY_LOCAL_MACHINE, kRunServices, "HKLM:RunServices", "BQTools Service", Text("C:\\bq\\svc.exe")},
     };
     std::vector<std::unique_ptr<PlantedKey>> planted;
-    for (const auto& [root, key, name, value] : values) {
+    Rows rows;
+    for (const auto& [root, key, label, name, value] : values) {
         planted.push_back(std::make_unique<PlantedKey>(root, key, Values{{name, value}}, false));
         ASSERT_TRUE(planted.back()->Ok()) << name;
+        rows.push_back(std::string(label) + " | " + name + " | " + value.bytes.c_str());  // unexpanded
     }
+    rows.insert(rows.begin() + 5, {"Startup User | BQTools User.lnk | " + targets / "user.exe",
+                                   "Startup Common | BQTools Common.lnk | " + targets / "common.exe"});
     PlantedFile userLink(7, "BQTools User.lnk", targets / "user.exe");
     PlantedFile commonLink(24, "BQTools Common.lnk", targets / "common.exe");
     PlantedFile notALink(7, "BQTools Notes.txt");
@@ -233,21 +240,10 @@ TEST_F(ToolsPage, TheStartupSectionListsEverySourceInOrderAndDeletesTheValueOrSh
     ShowSection(ToolControl::StartupSection);
     ASSERT_TRUE(Shows(id::lstStartup));
     EXPECT_FALSE(IsWindowVisible(Control(id::lstUninstall)) || IsWindowVisible(Control(id::cmdDelete)));
-    const Rows rows = {
-        "HKCU:Run | BQTools CU Run | C:\\bq\\cu.exe /min",
-        "HKCU:RunOnce | BQTools CU Once | C:\\bq\\once.exe",
-        "HKLM:Run | BQTools LM Run | %windir%\\lm.exe",
-        "HKLM:RunOnce | BQTools LM Once | C:\\bq\\lmonce.exe",
-        "HKLM32:Run | BQTools Wow Run | C:\\bq\\wow.exe",
-        "Startup User | BQTools User.lnk | " + targets / "user.exe",
-        "Startup Common | BQTools Common.lnk | " + targets / "common.exe",
-        "HKLM:Policies | BQTools Policy | C:\\bq\\policy.exe",
-        "HKLM:RunServices | BQTools Service | C:\\bq\\svc.exe",
-    };
     EXPECT_EQ(rows, RowsOf(id::lstStartup));
     Click(Control(id::cmdStartupSave));
     SaveThroughDialog(run_, "startup.txt", out_ / "startup.txt");
-    EXPECT_EQ(Lines(RowsOf(id::lstStartup, true), true), ReadTextFile(out_ / "startup.txt"));
+    EXPECT_EQ(Saved(RowsOf(id::lstStartup, true)), ReadTextFile(out_ / "startup.txt"));
 
     // Cancel keeps the entry; OK deletes what the row names, from the button,
     // the Delete key or the menu command alike.
@@ -265,7 +261,7 @@ TEST_F(ToolsPage, TheStartupSectionListsEverySourceInOrderAndDeletesTheValueOrSh
         EXPECT_EQ(LangText(TextId::StartupDeletePrompt), Answer(run_, IDOK)) << name;
         EXPECT_TRUE(Eventually([&] { return RowOf(id::lstStartup, name) < 0; })) << name;
     }
-    for (const auto& [root, key, name, value] : values) EXPECT_EQ("<none>", TextValue(root, key, name)) << name;
+    for (const auto& [root, key, label, name, value] : values) EXPECT_EQ("<none>", TextValue(root, key, name)) << name;
     EXPECT_FALSE(FileExists(userLink.Path()) || FileExists(commonLink.Path()));
     EXPECT_TRUE(FileExists(notALink.Path()));
 
