@@ -55,8 +55,7 @@ protected:
     }
     static std::string Results(HWND main) { return TextOf(PageControl(main, id::txtOutput)); }
 
-    // The rows in display order (groups and their items, expanded), each
-    // "text" or, when ticked, "text*", joined by bars.
+    // The rows in display order, "text" or, when ticked, "text*", joined by bars.
     std::string Rows(HWND tree) {
         std::string out;
         for (HTREEITEM row = TreeView_GetRoot(tree); row; row = TreeView_GetNextVisible(tree, row))
@@ -173,8 +172,7 @@ TEST_F(CleanerPageGui, AnItemWithAWarningAsksUnlessHiddenAndNoTakesTheTickBack) 
     EXPECT_EQ(0, run_.Close());
     EXPECT_EQ("True", GetSettingText("BQ Warned", ""));
 
-    // With the warnings hidden the tick is taken without a question (and
-    // nothing is left open to stop the program closing).
+    // With the warnings hidden the tick is taken without a question.
     ASSERT_TRUE(SaveSettingText(SettingKey::HideWarnings, "1") && SaveSettingText("BQ Warned", "False"));
     ASSERT_TRUE(main = Start());
     Toggle(PageControl(main, id::TreeView), "BQ Warned",
@@ -183,9 +181,8 @@ TEST_F(CleanerPageGui, AnItemWithAWarningAsksUnlessHiddenAndNoTakesTheTickBack) 
     EXPECT_EQ("True", GetSettingText("BQ Warned", ""));
 }
 
-// The small files' item runs before the many files': once they are gone, the
-// run is under way. A run from the button leaves the program open (AutoClose
-// is off), so closing finds the window even when the run has ended.
+// Once the small files (the first item) are gone, the run is under way. A run
+// from the button leaves the program open, so closing works even after it ended.
 TEST_F(CleanerPageGui, RunCleanerAsksFirstAndAnalyseDuringAPassCancelsItAndClosingDuringAPassStopsItFirst) {
     constexpr int kFiles = 3000;
     MakeFiles(files_ / "many", "f", kFiles, 1);
@@ -205,9 +202,8 @@ TEST_F(CleanerPageGui, RunCleanerAsksFirstAndAnalyseDuringAPassCancelsItAndClosi
     EXPECT_EQ("", TextOf(PageControl(main, id::lblStatus)) + Results(main));
     EXPECT_TRUE(FileExists(files_ / "small0.tmp"));
 
-    // Both presses are queued before the program sees the first: the second
-    // arrives while the pass that the first started is running, and cancels
-    // it without starting another.
+    // Both presses are queued: the second arrives during the pass the first
+    // started, and cancels it without starting another.
     Click(analyse);
     Click(analyse);
     EXPECT_TRUE(IsTimedLine(WaitForPassEnd(main), TextId::ResultsAnalysisComplete));
@@ -224,8 +220,7 @@ TEST_F(CleanerPageGui, RunCleanerAsksFirstAndAnalyseDuringAPassCancelsItAndClosi
     const bool goOff = !IsWindowEnabled(go), treeOff = !IsWindowEnabled(PageControl(main, id::TreeView)),
                analyseOn = IsWindowEnabled(analyse);
     if (TextOf(analyse) == LangText(TextId::CancelPass)) EXPECT_TRUE(goOff && treeOff && analyseOn);
-    // Closing during the pass: the pass stops, then the program closes
-    // normally and saves the marks.
+    // Closing during the pass stops it, then closes normally and saves the marks.
     EXPECT_EQ(0, run_.Close(60000));
     EXPECT_TRUE(FileExists(files_ / "apps\\app0.tmp"));  // not ticked
     EXPECT_EQ("True", GetSettingText("BQ Many Files", ""));

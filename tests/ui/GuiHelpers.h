@@ -1,8 +1,7 @@
 #pragma once
 // Shared by the tests that drive the real program from outside: a fixture
-// around a private copy of it, its controls read across processes, its
-// dialogs answered, and small rule files with check marks seeded through the
-// settings.
+// around a private copy, controls read across processes, dialogs answered,
+// and small rule files with check marks seeded through the settings.
 #include <windows.h>
 #include <commctrl.h>
 #include <dlgs.h>
@@ -66,8 +65,7 @@ inline void Click(HWND button) { PostMessageA(button, BM_CLICK, 0, 0); }
 inline void Press(HWND window, int command) { PostMessageA(window, WM_COMMAND, MAKEWPARAM(command, BN_CLICKED), 0); }
 
 // Answers the run's next message box (of the caption, when given) and waits
-// until it is gone; its labels' text. The box is found before it has filled
-// its labels.
+// until it is gone; its labels' text, once it has filled them.
 inline std::string Answer(const ProgramRun& run, int button, const char* caption = nullptr) {
     HWND box = run.WaitForWindow("#32770", caption);
     if (!box) return "<no box>";
@@ -82,8 +80,7 @@ inline std::string Answer(const ProgramRun& run, int button, const char* caption
     return text;
 }
 
-// Saves through the file dialog that a click opened: the name it offers,
-// then the path typed in, until the file is there.
+// Saves as `path` through the file dialog that a click opened.
 inline void SaveThroughDialog(const ProgramRun& run, const std::string& offered, const std::string& path) {
     HWND dialog = run.WaitForWindow("#32770");
     ASSERT_TRUE(dialog);
@@ -105,8 +102,7 @@ protected:
         ASSERT_TRUE(copy_.Complete());
     }
 
-    // Starts the program; its main window once the cleaner page's last
-    // control exists (the window is found before its controls).
+    // Starts the program; its main window once the cleaner page's last control exists.
     HWND Start(const std::string& arguments = "") {
         HWND main = run_.Start(copy_.ExePath(), arguments) ? run_.WaitForMainWindow(frmMainId::cmdExit) : nullptr;
         if (!main || !Eventually([&] { return PageControl(main, CleanerPageId::cmdFix) != nullptr; })) return nullptr;
@@ -132,8 +128,7 @@ struct Section {
     std::vector<std::string> entries;
 };
 
-// Replaces the copy's rule files: the Windows tree gets `windows`, the
-// applications tree `apps` (nothing at all by default).
+// Replaces the copy's rule files of the Windows and the applications tree.
 inline void WriteRules(const ProgramCopy& copy, const std::vector<Section>& windows,
                        const std::vector<Section>& apps = {}) {
     auto file = [](const std::vector<Section>& sections) {

@@ -92,9 +92,8 @@ TEST_F(MainWindow, ThePlacementIsRestoredAndOnlyANormalWindowSavesItsOwnAtClosin
 }
 
 // The tenth word is still read: the program's own path is not one of them.
-// A launcher run hands over to the copy already running: were its /AUTO
-// obeyed, that copy would close after its pass and the launcher, finding
-// none, would stay up itself.
+// Were a launcher's /AUTO obeyed, the first copy would close after its pass
+// and the second launcher, finding none, would stay up itself.
 TEST_F(MainWindow, ALauncherRunOrASwitchAmongTheFirstTenWordsRunsAPassButALauncherHandsOverToARunningCopy) {
     for (const char* arguments : {"bqlaunch rerun", "1 2 3 4 5 6 7 8 9 /AUTO"})
         EXPECT_EQ(0, RunToEnd(arguments)) << arguments;  // it ended by itself

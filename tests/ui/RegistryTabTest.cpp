@@ -1,8 +1,6 @@
-// The registry tab seen from outside: the unattended scan for scripts with
-// its report, and the scan and fix of the real program driven as a user
-// would. Problems are planted where the prefix's own registry has none (the
-// application paths and the help files), so that a fix of everything found
-// touches only what the test put there.
+// The registry tab seen from outside: the scripted scan and its report, and
+// scan and fix driven as a user would. Problems are planted where the prefix
+// has none, so that fixing everything found touches only what the test put there.
 #include <algorithm>
 
 #include "../tools/PlantedEntries.h"

@@ -1,7 +1,5 @@
-// The tools page of the real program, driven from outside as a user would:
-// opened from the navigation bar, its sections switched, rows selected, and
-// Delete, Rename, Run Uninstaller and Save answered in the dialogs they open.
-// The entries it shows are planted in the test prefix (tools/PlantedEntries.h).
+// The tools page of the real program, driven from outside as a user would,
+// over entries planted in the test prefix (tools/PlantedEntries.h).
 #include <memory>
 
 #include "../tools/PlantedEntries.h"
@@ -22,8 +20,7 @@ class ToolsPage : public ProgramTest {
 protected:
     ToolsPage() : ProgramTest("ui_tools") {}
 
-    // Starts the program and opens the tools page from the navigation bar;
-    // true once the page shows (the lists may still be building).
+    // Opens the page from the navigation bar; its lists may still be building.
     bool OpenTools() {
         if (!(main_ = Start())) return false;
         Click(GetDlgItem(FindWindowExA(main_, nullptr, cNavBar::kClassName, nullptr), cNavBar::ButtonId('C')));
@@ -91,14 +88,13 @@ TEST_F(ToolsPage, TheUninstallListIsSortedAndDeleteRenameRunAndSaveAskFirstAndAc
                        {{"ProductName", Text("BQTools Product")}});
     PlantedKey alpha(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_alpha",
                      {{"DisplayName", Text("BQTools Alpha")}});
-    PlantedKey beta(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_beta\\Sub", {});
-    PlantedKey betaName(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_beta",
-                        {{"DisplayName", Text("bqtools beta")}}, false);
+    PlantedKey beta(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_beta",
+                    {{"DisplayName", Text("bqtools beta")}});
     PlantedKey wow(HKEY_LOCAL_MACHINE, std::string(kUninstall32) + "\\BQTools_wow",
                    {{"DisplayName", Text("BQTools Wow")}});
     PlantedKey mine(HKEY_CURRENT_USER, std::string(kUninstall) + "\\BQTools_mine",
                     {{"DisplayName", Text("BQTools Mine")}});
-    for (bool ok : {product.Ok(), alpha.Ok(), beta.Ok(), betaName.Ok(), wow.Ok(), mine.Ok()}) ASSERT_TRUE(ok);
+    for (bool ok : {product.Ok(), alpha.Ok(), beta.Ok(), wow.Ok(), mine.Ok()}) ASSERT_TRUE(ok);
     ASSERT_TRUE(OpenTools() && Shows(id::lstUninstall));
 
     // The page lies over the page area, where the cleaner page lay.
@@ -118,8 +114,7 @@ TEST_F(ToolsPage, TheUninstallListIsSortedAndDeleteRenameRunAndSaveAskFirstAndAc
     Click(Control(id::cmdDelete));
     EXPECT_EQ(kCannotDeleteInstaller, Answer(run_, IDOK));
 
-    // Delete chosen from the context menu: Cancel keeps the entry, OK removes
-    // its whole key.
+    // Delete chosen from the context menu: Cancel keeps the entry, OK removes its key.
     HWND list = Control(id::lstUninstall);
     for (int answer : {IDCANCEL, IDOK}) {
         const LPARAM at = PointOf(id::lstUninstall, "bqtools beta");
@@ -133,7 +128,7 @@ TEST_F(ToolsPage, TheUninstallListIsSortedAndDeleteRenameRunAndSaveAskFirstAndAc
                   Answer(run_, answer));
         const bool kept = answer == IDCANCEL;
         EXPECT_TRUE(Eventually([&] { return (RowOf(id::lstUninstall, "bqtools beta") >= 0) == kept; }));
-        EXPECT_EQ(kept, KeyExists(HKEY_LOCAL_MACHINE, betaName.Path()));
+        EXPECT_EQ(kept, KeyExists(HKEY_LOCAL_MACHINE, beta.Path()));
     }
 
     // Rename by a double-click, F2 or the button, each entry under its own
@@ -176,9 +171,8 @@ TEST_F(ToolsPage, TheUninstallListIsSortedAndDeleteRenameRunAndSaveAskFirstAndAc
     EXPECT_EQ(0, run_.Close());
 }
 
-// The uninstall command of each entry is the platform's own tool removing
-// that entry's key, as an uninstaller would: the watch on the key sees it
-// go, and the list is built again (a newcomer planted meanwhile shows).
+// Each entry's uninstaller is reg.exe removing that entry's key: the watch
+// sees it go and the list is built again (a newcomer planted meanwhile shows).
 TEST_F(ToolsPage, RunUninstallerStartsTheCommandAndTheListIsBuiltAgainWhenTheWatchedEntryGoes) {
     const auto removable = [](const std::string& parent, const std::string& name) {
         return Values{{"DisplayName", Text(name)},

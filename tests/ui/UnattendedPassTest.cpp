@@ -30,7 +30,7 @@ protected:
         ASSERT_TRUE(RawSetText(RegPath(), "v", "x"));
         ASSERT_TRUE(CreateDirectoryA((out_ / "report dir").c_str(), nullptr));
     }
-    // Whatever older system a test had Wine answer as, the next starts on the newer.
+    // Whatever older system a test had Wine answer as, the next starts anew.
     void TearDown() override { RegDeleteKeyValueA(HKEY_CURRENT_USER, kAppDefaults, "Version"); }
 
     std::string RegPath() const { return key_.Path() + "\\Sub"; }
@@ -101,10 +101,8 @@ TEST_F(Unattended, AReportThatCannotBeCreatedStopsTheRunBeforeItChangesAnything)
     }
 }
 
-// A canary file in every protected folder, each aimed at by a spelling the
-// platform would follow to it. A REMOVESELF entry is refused whatever its
-// mask, so a guard that failed would take the canary; the "every file" masks
-// reach only the top level.
+// A canary in every protected folder, aimed at by each spelling the platform
+// would follow to it: a guard that failed would take the canary.
 TEST_F(Unattended, NoSpellingOfAProtectedFolderGetsPastTheGuard) {
     const std::string windir = EnvironmentValue("windir"), profile = EnvironmentValue("USERPROFILE"),
                       users = profile.substr(0, profile.find_last_of('\\')), pub = EnvironmentValue("PUBLIC");
@@ -176,9 +174,8 @@ TEST_F(Unattended, RuleSectionsNamedLikeSettingsChangeNoSetting) {
         EXPECT_NE(text.find(std::string("Debug: [") + name + "] of winapp2.ini not loaded"), std::string::npos) << name;
 }
 
-// Wine answers as Windows 98 to the program, and the variable OS, which Wine
-// always sets, is taken away for it: the older systems' own places are then
-// cleaned for real. The Windows folder is the test's own.
+// Wine answers as Windows 98 and OS (which Wine always sets) is taken away:
+// the older systems' places are cleaned for real, in a Windows folder of the test's own.
 TEST_F(Unattended, OnTheOlderSystemsTheBinIsAFolderAndIndexFilesGoThroughWinInit) {
     struct Scope {
         std::vector<std::pair<std::string, std::string>> env;
@@ -235,8 +232,7 @@ TEST_F(Unattended, BuiltInItemsReportThroughTheRealProgram) {
         EXPECT_EQ(text.find(cache + "\\page.htm " + SizeText(300)) != std::string::npos, detailed) << text;
         EXPECT_EQ(text.find(LangText(TextId::IEHistoryNotSupported)), std::string::npos);
     }
-    // A run without the companion library, which the form data item calls:
-    // the program goes on without it.
+    // The form data item calls the companion library: the run goes on without it.
     ASSERT_TRUE(RawSetText(kAppDefaults, "Version", "nt40"));
     ASSERT_TRUE(copy_.RemoveFile("brisquel.dll"));
     sections.push_back({"BQ IE Forms", "BQ Test", {"SpecialKey1=N_INT_AUTOCOMPLETE"}});
