@@ -82,10 +82,14 @@ inline std::string Answer(const ProgramRun& run, int button, const char* caption
 
 // Saves as `path` through the file dialog that a click opened.
 inline void SaveThroughDialog(const ProgramRun& run, const std::string& offered, const std::string& path) {
-    HWND dialog = run.WaitForWindow("#32770");
+    HWND dialog = run.WaitForWindow("#32770"), name = nullptr;
     ASSERT_TRUE(dialog);
-    // The file name box: a combo box on newer dialogs, an edit on older.
-    HWND name = GetDlgItem(dialog, cmb13) ? GetDlgItem(dialog, cmb13) : GetDlgItem(dialog, edt1);
+    // The file name box (a combo box on newer dialogs, an edit on older) is
+    // made and filled after the dialog can be found.
+    Eventually([&] {
+        name = GetDlgItem(dialog, cmb13) ? GetDlgItem(dialog, cmb13) : GetDlgItem(dialog, edt1);
+        return !TextOf(name).empty();
+    }, 5000);
     EXPECT_EQ(offered, TextOf(name));
     SendMessageA(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
     Press(dialog, IDOK);

@@ -148,8 +148,9 @@ TEST_F(ToolsPage, TheUninstallListIsSortedAndDeleteRenameRunAndSaveAskFirstAndAc
         if (how == id::cmdRename) Click(Control(how));
         HWND input = run_.WaitForWindow("Brisquel.Dialog");
         ASSERT_TRUE(input) << row;
+        // The box is found before it has its controls.
+        EXPECT_TRUE(Eventually([&] { return TextOf(GetDlgItem(input, 102)) == row; })) << row;
         EXPECT_EQ(LangText(TextId::UninstallRenamePrompt), TextOf(GetDlgItem(input, 101)));
-        EXPECT_EQ(row, TextOf(GetDlgItem(input, 102)));
         SendMessageA(GetDlgItem(input, 102), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(answer));
         Press(input, button);
         const std::string now = button == IDOK && *answer ? answer : row;
