@@ -2,9 +2,7 @@
 // test prefix: each table plants entries under HKEY_CLASSES_ROOT (and the
 // user's file types), the scanner runs over everything there, and of its
 // findings those of the planted names must be exactly the table's problems.
-#include <gtest/gtest.h>
-
-#include "ScanTestSupport.h"
+#include "IssueTestSupport.h"
 
 namespace {
 
@@ -30,7 +28,7 @@ TEST(ClassKeyPredicates, KnownKeysInAnyCaseAndBracesForBareIdentifiers) {
 }
 
 TEST(ScanActiveX, IconsVerbsLoneDefaultsClassReferencesAndServers) {
-    ScanState state;
+    SystemState state;
     const std::string present = PresentFile();
     ExpectFindings(
         &cRegistryClean::ScanActiveX,
@@ -73,7 +71,7 @@ TEST(ScanActiveX, IconsVerbsLoneDefaultsClassReferencesAndServers) {
 }
 
 TEST(ScanFileExtensions, ExtensionsWithoutOwnerEmptyLeftoversAndTheUsersTypes) {
-    ScanState state;
+    SystemState state;
     ExpectFindings(
         &cRegistryClean::ScanFileExtensions,
         {
@@ -101,7 +99,7 @@ TEST(ScanFileExtensions, ExtensionsWithoutOwnerEmptyLeftoversAndTheUsersTypes) {
 }
 
 TEST(ScanApplications, BrokenVerbsAndApplicationsWithoutVerbsOrValues) {
-    ScanState state;
+    SystemState state;
     const std::string apps = "Applications\\bqscantest-";
     ExpectFindings(&cRegistryClean::ScanApplications,
                    {

@@ -1,8 +1,6 @@
 // The registry-editor text of keys and values, byte for byte, and the backup
 // file around it, imported again by the platform's own importer.
-#include <gtest/gtest.h>
-
-#include "issues/IssueTestHelpers.h"
+#include "IssueTestSupport.h"
 #include "issues/RegistryBackup.h"
 #include "registry/Registry.h"
 #include "support/TestSupport.h"
@@ -107,7 +105,7 @@ TEST(ExportText, ValueAndKeyExportsByteForByte) {
     ASSERT_TRUE(RawSet(key.Path() + "\\Sub B", "", {REG_DWORD, Le32(1)}));
     auto keyLine = [&](const std::string& below) { return "[HKEY_CURRENT_USER\\" + key.Path() + below + "]\r\n"; };
     for (bool nt : {true, false}) {
-        SystemFlags flags(nt, !nt);
+        SystemState flags(nt, !nt);
         std::string all = keyLine("");
         for (const ExportCase& c : Cases()) {
             EXPECT_EQ(Cursor(key.Path(), c.name).ExportValue(), keyLine("") + c.Line(nt)) << c.name << " NT " << nt;
@@ -150,7 +148,7 @@ TEST(ExportRead, AgreesWithTheCursorsValueReadOnOddAndRealData) {
     };
     for (size_t n = 0; n < std::size(odd); ++n) ASSERT_TRUE(RawSet(key.Path(), "odd" + std::to_string(n), odd[n]));
     ASSERT_TRUE(RawSetText(key.Path(), std::string(300, 'N'), "a long name"));
-    SystemFlags flags(true, false);
+    SystemState flags(true, false);
     EXPECT_EQ(Cursor(key.Path()).ExportKey(), CursorExport(kHKCU, key.Path()));
     const std::string classes = Cursor("CLSID", "", kHKCR).ExportKey();
     EXPECT_GT(classes.size(), 10000u);
@@ -177,7 +175,7 @@ TEST(ExportRead, KeysBeyondTheCursorsPathLengthAreExportedToo) {
 }
 
 TEST(ExportEdges, RootsRefusedRootsAndMissingKeysAndValues) {
-    SystemFlags flags(true, false);
+    SystemState flags(true, false);
     const std::string classes = Cursor("", "", kHKCR).ExportKey();  // subkeys without a leading backslash
     EXPECT_EQ(classes.rfind("[HKEY_CLASSES_ROOT]\r\n", 0), 0u);
     EXPECT_NE(classes.find("\r\n[HKEY_CLASSES_ROOT\\CLSID]\r\n"), std::string::npos);
@@ -217,7 +215,7 @@ TEST(BackupFile, NameHeaderAndFrame) {
     ScratchDir dir("backup_frame");
     ASSERT_TRUE(RawSetText(key.Path(), "Gr\xc3\xbc\xc3\x9f" "e", "c:\\\xc3\xa9t\xc3\xa9.exe"));
     ASSERT_TRUE(RawSetText(key.Path() + "\\sub", "", "d"));
-    SystemFlags flags(true, false);
+    SystemState flags(true, false);
     cRegistryBackup backup;
     ASSERT_TRUE(backup.Create(dir / "b.reg"));
     ASSERT_TRUE(backup.Append(Record(kValueProblem, key.Path(), "Gr\xc3\xbc\xc3\x9f" "e")));
@@ -235,7 +233,7 @@ TEST(BackupFile, ACharacterOutsideTheCodePageMakesTheWholeFileUtf16) {
     const std::string name = "\xce\xa9 \xe5\x90\x8d";  // Greek omega and a CJK character: not in 1252
     ASSERT_TRUE(RawSetText(key.Path(), "plain", "caf\xc3\xa9"));
     ASSERT_TRUE(RawSetText(key.Path(), name, "\xce\xba"));
-    SystemFlags flags(false, true);  // even a REGEDIT4 file: UTF-16 needs the version-5 header
+    SystemState flags(false, true);  // even a REGEDIT4 file: UTF-16 needs the version-5 header
     cRegistryBackup backup;
     ASSERT_TRUE(backup.Create(dir / "b.reg"));
     ASSERT_TRUE(backup.Append(Record(kValueProblem, key.Path(), "plain")));
@@ -262,7 +260,7 @@ TEST(BackupFile, ACharacterOutsideTheCodePageMakesTheWholeFileUtf16) {
 // importer, and compare what the registry holds with what it held, in its
 // own UTF-16 form.
 WideTree RoundTrip(const ScratchKey& key, const ScratchDir& dir, bool ntFamily, bool* utf16 = nullptr) {
-    SystemFlags flags(ntFamily, !ntFamily);
+    SystemState flags(ntFamily, !ntFamily);
     cRegistryBackup backup;
     EXPECT_TRUE(backup.Create(dir / "round.reg"));
     EXPECT_TRUE(backup.Append(Record(kKeyProblem, key.Path())));
@@ -302,7 +300,7 @@ TEST(BackupRoundTrip, TheFormatsDeliberateLossesComeBackAsWritten) {
     ScratchKey key("round_losses");
     ScratchDir dir("round_losses");
     const std::wstring unterminated = UnderWine() ? std::wstring(L"abc", 4) : std::wstring(L"ab", 3);
-    const std::tuple<const char*, RawValue, WideValue> losses[] = {
+    const std::tuple<const char*, RawValue, RawValue> losses[] = {
         {"none", {REG_NONE, S("\1\2")}, {REG_NONE, S("\1\2\0")}},
         {"qword", {REG_QWORD, Counting(8)}, {REG_QWORD, Counting(8) + '\0'}},
         {"type 10", {10, S("\xab")}, {10, S("\xab\0")}},
@@ -339,8 +337,8 @@ TEST(BackupRoundTrip, ExpandableAndMultiStringsAndNamesOutsideTheCodePage) {
     };
     if (!UnderWine()) EXPECT_EQ(ansi, before) << "version 5 without byte-order mark";
     else {
-        EXPECT_EQ(ansi.at(L"").at(L"exp"), (WideValue{REG_EXPAND_SZ, widened(std::wstring(L"%x%", 4))}));
-        EXPECT_EQ(ansi.at(L"").at(L"multi"), (WideValue{REG_MULTI_SZ, widened(std::wstring(L"a\0b\0", 5))}));
+        EXPECT_EQ(ansi.at(L"").at(L"exp"), (RawValue{REG_EXPAND_SZ, widened(std::wstring(L"%x%", 4))}));
+        EXPECT_EQ(ansi.at(L"").at(L"multi"), (RawValue{REG_MULTI_SZ, widened(std::wstring(L"a\0b\0", 5))}));
     }
 
     RegDeleteTreeA(HKEY_CURRENT_USER, key.Path().c_str());

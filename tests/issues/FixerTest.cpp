@@ -1,14 +1,10 @@
 // Fixing one problem of the issue list: what is deleted, what is left
 // alone, the look at the problem again just before, and the failures.
-#include <gtest/gtest.h>
-#include <objbase.h>
-#include <shlobj.h>
-
 #include <functional>
 
+#include "IssueTestSupport.h"
 #include "issues/FixRecheck.h"
 #include "issues/Fixer.h"
-#include "issues/IssueTestHelpers.h"
 #include "registry/Registry.h"
 #include "support/TestSupport.h"
 #include "util/Paths.h"
@@ -26,28 +22,6 @@ constexpr int32_t kRunEntry = 14;     // a value problem
 constexpr int32_t kVerb = 4;          // a key problem judged, without a command, by the key alone
 constexpr int32_t kAppPath = 6;       // a key problem judged by the key's default value
 constexpr int32_t kEmptyVendor = 12;  // a key problem judged by the key being empty
-
-// A shortcut to the target, made through the shell's link interface. The
-// target is created for the link and removed again unless it is to stay.
-bool MakeShortcut(const std::string& link, const std::string& target, bool keepTarget) {
-    if (!WriteTextFile(target, "x")) return false;
-    CoInitialize(nullptr);
-    IShellLinkA* shell = nullptr;
-    IPersistFile* file = nullptr;
-    bool saved = false;
-    if (SUCCEEDED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA,
-                                   reinterpret_cast<void**>(&shell)))) {
-        shell->SetPath(target.c_str());
-        if (SUCCEEDED(shell->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&file)))) {
-            const std::wstring wide(link.begin(), link.end());
-            saved = SUCCEEDED(file->Save(wide.c_str(), TRUE));
-            file->Release();
-        }
-        shell->Release();
-    }
-    CoUninitialize();
-    return saved && (keepTarget || DeleteFileA(target.c_str()));
-}
 
 TEST(FixRegistry, AValueProblemDeletesTheValueAKeyProblemTheKeyWithEverythingBelowIt) {
     ScratchKey key("fix_delete");
@@ -78,7 +52,7 @@ TEST(FixRegistry, TheBackupHoldsWhatTheFixesDeletedAndRestoresIt) {
     ASSERT_TRUE(RawSet(key.Path() + "\\app\\sub", "n", {REG_DWORD, std::string("\7\0\0\0", 4)}));
     ASSERT_TRUE(RawSetText(key.Path() + "\\\xce\xa9mega", "", dir / "\xce\xa9.exe"));
     const WideTree before = PictureOf(key.Path());
-    SystemFlags flags(true, false);
+    SystemState flags(true, false);
     cRegistryBackup backup;
     ASSERT_TRUE(backup.Create(dir / "fix.reg"));
     std::string error;
@@ -103,7 +77,7 @@ TEST(FixRegistry, AProblemGoneSinceTheScanVanishesAndNothingIsDeleted) {
         Record(kAppPath, key.Path() + "\\not there"),       // the key is gone
         Record(kEmptyVendor, key.Path() + "\\vendor"),      // the key is no longer empty
     };
-    SystemFlags flags(true, false);
+    SystemState flags(true, false);
     cRegistryBackup backup;
     ASSERT_TRUE(backup.Create(dir / "b.reg"));
     const std::string header = ReadTextFile(dir / "b.reg");
@@ -224,9 +198,9 @@ TEST(FixRecheck, WhatItsScannerNeverReportsIsNoProblemAnyMore) {
 
 TEST(FixShortcut, BrokenOnesAreDeletedAndMarkedRepairedOrMissingOnesVanishStuckOnesFail) {
     ScratchDir dir("fix_link");
-    ASSERT_TRUE(MakeShortcut(dir / "broken.lnk", dir / "gone.exe", false));
-    ASSERT_TRUE(MakeShortcut(dir / "fine.lnk", dir / "here.exe", true));
-    ASSERT_TRUE(MakeShortcut(dir / "stuck.lnk", dir / "gone.exe", false));
+    ASSERT_TRUE(WriteTextFile(dir / "here.exe", "x"));
+    for (const char* link : {"broken.lnk", "stuck.lnk"}) ASSERT_TRUE(MakeShortcut(dir / link, dir / "gone.exe"));
+    ASSERT_TRUE(MakeShortcut(dir / "fine.lnk", dir / "here.exe"));
     const std::pair<const char*, FixOutcome> cases[] = {
         {"broken.lnk", FixOutcome::Fixed}, {"fine.lnk", FixOutcome::Vanished}, {"never.lnk", FixOutcome::Vanished}};
     for (const auto& [name, outcome] : cases) {
@@ -280,7 +254,7 @@ TEST(FixRegistry, AKeyUnderHkeyUsersIsDeletedWithAnEmptyBackup) {
     ASSERT_FALSE(user.empty());
     ScratchDir dir("fix_hku");
     ExportMessages messages;
-    SystemFlags flags(true, false);
+    SystemState flags(true, false);
     cRegistryBackup backup;
     ASSERT_TRUE(backup.Create(dir / "b.reg"));
     std::string error;

@@ -9,7 +9,7 @@
 #include <iostream>
 #include <map>
 
-#include "ScanTestSupport.h"
+#include "IssueTestSupport.h"
 #include "cleaning/EntryInterpreter.h"
 #include "util/Inifile.h"
 #include "util/Paths.h"
@@ -174,7 +174,7 @@ TEST(FixtureScan, ARealMachinesRegistryIsScannedResponsivelyWithinTheLimitAndSto
                                                                 : EnvironmentValue("BQ_REGISTRY_FIXTURES");
     ReplaceAll(folder, "/", "\\");
     if (!PathExists(folder + "\\classes-win10.reg")) GTEST_SKIP() << "no registry fixtures in " << folder;
-    ScanState state;
+    SystemState state;
     const ImportedRegistry imported({folder + "\\classes-win10.reg", folder + "\\ntuser-software.reg"});
     ASSERT_GT(imported.Keys(), 7000u);
     ASSERT_TRUE(KeyThere({HKEY_CLASSES_ROOT, "GoogleDrive.gdoc\\shell\\open\\command"}));

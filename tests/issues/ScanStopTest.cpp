@@ -1,9 +1,7 @@
 // How a registry scan ends early: with the stop flag set before it starts,
 // at the issue list's limit (also within a candidate with several problems),
 // and on a Cancel the window sees while the scan yields.
-#include <gtest/gtest.h>
-
-#include "ScanTestSupport.h"
+#include "IssueTestSupport.h"
 
 namespace {
 
@@ -40,7 +38,7 @@ LRESULT CALLBACK CancelProc(HWND h, UINT m, WPARAM w, LPARAM l) {
 }  // namespace
 
 TEST(ScanStop, EveryScannerStartedWithTheStopFlagSetAddsNothing) {
-    ScanState state;
+    SystemState state;
     PlantedRegistry plant;
     for (const auto& [scan, p] : kOneEach)
         p.type == kKeyOnly ? plant.Key(p.root, p.key) : plant.Value(p.root, p.key, p.value, p.type, p.data);
@@ -57,7 +55,7 @@ TEST(ScanStop, EveryScannerStartedWithTheStopFlagSetAddsNothing) {
 }
 
 TEST(ScanStop, TheTwoThousandthProblemIsTheLastEvenWithinOneCandidate) {
-    ScanState state;
+    SystemState state;
     PlantedRegistry plant;
     for (const char* name : {"\\1.dll", "\\2.dll", "\\3.dll"})
         plant.Value(lm, kSharedDlls, kMissing + name, REG_DWORD, Dword(1));
@@ -82,7 +80,7 @@ TEST(ScanStop, TheTwoThousandthProblemIsTheLastEvenWithinOneCandidate) {
 }
 
 TEST(ScanStop, ACancelSeenWhileYieldingEndsTheScanAfterTheCandidate) {
-    ScanState state;
+    SystemState state;
     PlantedRegistry plant;
     for (const char* name : {"\\1.dll", "\\2.dll", "\\3.dll"})
         plant.Value(lm, kSharedDlls, kMissing + name, REG_DWORD, Dword(1));

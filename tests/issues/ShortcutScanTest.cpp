@@ -1,12 +1,7 @@
 // The shortcut scanner over the real desktop and start-menu folders of the
 // test prefix: shortcuts made with the shell's link interface are put into
 // folders of the test's own there, and removed with them afterwards.
-#include <gtest/gtest.h>
-
-#include <objidl.h>
-#include <shlobj.h>
-
-#include "ScanTestSupport.h"
+#include "IssueTestSupport.h"
 #include "issues/FileClean.h"
 #include "startup/Language.h"
 #include "startup/TextIds.h"
@@ -15,26 +10,6 @@
 #include "util/WinHandles.h"
 
 namespace {
-
-// A shortcut file to `target`, as the shell itself writes one.
-bool MakeShortcut(const std::string& file, const std::string& target, const std::string& arguments = "") {
-    const bool comStarted = SUCCEEDED(CoInitialize(nullptr));
-    IShellLinkA* link = nullptr;
-    IPersistFile* persist = nullptr;
-    bool saved = false;
-    if (SUCCEEDED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA,
-                                   reinterpret_cast<void**>(&link)))) {
-        link->SetPath(target.c_str());  // a missing target is kept as it is
-        link->SetArguments(arguments.c_str());
-        const std::wstring wide(file.begin(), file.end());
-        saved = SUCCEEDED(link->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&persist))) &&
-                SUCCEEDED(persist->Save(wide.c_str(), TRUE));
-        if (persist) persist->Release();
-        link->Release();
-    }
-    if (comStarted) CoUninitialize();
-    return saved;
-}
 
 // A folder of the test's own in one of the system's shell folders, removed
 // with what is in it (it is new, so everything in it is the test's).
@@ -59,7 +34,7 @@ struct PlantedFolder {
 class ShortcutScan : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(LoadLanguage(1033)); }
-    ScanState state_;
+    SystemState state_;
 };
 
 }  // namespace

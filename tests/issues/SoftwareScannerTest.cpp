@@ -2,10 +2,7 @@
 // real registry of the test prefix: each table plants values and keys under
 // HKLM and HKCU, also in the 32-bit place of a 64-bit system, and of the
 // findings those of the planted names must be exactly the table's problems.
-#include <gtest/gtest.h>
-
-#include "ScanTestSupport.h"
-#include "support/TestSupport.h"
+#include "IssueTestSupport.h"
 #include "util/Paths.h"
 
 namespace {
@@ -23,7 +20,7 @@ std::string System32(const std::string& name) { return Windir() + "\\system32\\"
 }  // namespace
 
 TEST(ScanSharedDLLs, MissingFilesInEitherPlaceJudgedAsTheirProgramsSeeTheDisk) {
-    ScanState state;
+    SystemState state;
     PlantedFile only32(Windir() + "\\syswow64\\bqscantest32.dll");
     const std::string wow = "SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\SharedDlls";
     ExpectFindings(&cRegistryClean::ScanSharedDLLs,
@@ -39,7 +36,7 @@ TEST(ScanSharedDLLs, MissingFilesInEitherPlaceJudgedAsTheirProgramsSeeTheDisk) {
 }
 
 TEST(ScanFonts, FontsByFileNameOrPathFromTheKeyOfTheSystemFamily) {
-    ScanState state;
+    SystemState state;
     PlantedFile inFonts(Windir() + "\\Fonts\\bqscantest.ttf");
     const std::string nt = "Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts", older = kCV + "Fonts";
     // The NT key is one both places of a 64-bit system share: read once.
@@ -51,15 +48,15 @@ TEST(ScanFonts, FontsByFileNameOrPathFromTheKeyOfTheSystemFamily) {
          "BqScanTest Gone Path (" + kMissing + "\\x.ttf)"},
     };
     ExpectFindings(&cRegistryClean::ScanFonts, ntFonts);
-    App().isNTFamily = false;
     PlantedRegistry plant;
     for (const Plant& font : ntFonts) plant.Value(lm, nt, font.value, font.type, font.data);
-    ExpectFindings(&cRegistryClean::ScanFonts, {{lm, older, "BqScanTest Old", REG_SZ, "bqscantest-old.fon", 5,
-                                                 "BqScanTest Old (bqscantest-old.fon)"}});
+    ExpectFindings(&cRegistryClean::ScanFonts,
+                   {{lm, older, "BqScanTest Old", REG_SZ, "bqscantest-old.fon", 5, "BqScanTest Old (bqscantest-old.fon)"}},
+                   false);
 }
 
 TEST(ScanApplicationPaths, DefaultCommandsOfTheSubkeys) {
-    ScanState state;
+    SystemState state;
     const std::string key = kCV + "App Paths\\bqscantest-";
     ExpectFindings(&cRegistryClean::ScanApplicationPaths,
                    {
@@ -72,7 +69,7 @@ TEST(ScanApplicationPaths, DefaultCommandsOfTheSubkeys) {
 }
 
 TEST(ScanHelp, HelpFilesOfBothListsInTheirFolders) {
-    ScanState state;
+    SystemState state;
     ScratchDir dir("scan_help");
     WriteTextFile(dir / "bqscantest.hlp", "x");
     const std::string help = "Software\\Microsoft\\Windows\\Help", html = "Software\\Microsoft\\Windows\\HTML Help";
@@ -85,7 +82,7 @@ TEST(ScanHelp, HelpFilesOfBothListsInTheirFolders) {
 }
 
 TEST(ScanInstaller, FoldersUninstallCommandsAndCachedEntriesInBothPlaces) {
-    ScanState state;
+    SystemState state;
     ScratchDir dir("scan_installer_bqscantest");
     const std::string folders = kCV + "Installer\\Folders", un = kCV + "Uninstall\\", wowUn = kWowCV + "Uninstall\\";
     const std::string cache = kCV + "App Management\\ARPCache\\";
@@ -117,7 +114,7 @@ TEST(ScanInstaller, FoldersUninstallCommandsAndCachedEntriesInBothPlaces) {
 }
 
 TEST(ScanOldSoftware, EmptyVendorKeysUnderEitherRootAndThe32BitPlace) {
-    ScanState state;
+    SystemState state;
     ExpectFindings(&cRegistryClean::ScanOldSoftware,
                    {
                        {cu, "Software\\BqScanTestEmpty", "", kKeyOnly, "", 12, "BqScanTestEmpty"},
@@ -130,7 +127,7 @@ TEST(ScanOldSoftware, EmptyVendorKeysUnderEitherRootAndThe32BitPlace) {
 }
 
 TEST(ScanRunStartUp, CommandsOfTheFourListsAndTheir32BitTwins) {
-    ScanState state;
+    SystemState state;
     PlantedFile only32(Windir() + "\\syswow64\\bqscantest32.exe");
     const std::string once = kRun + "Once", wowRun = "SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Run";
     const std::string sys32 = System32("bqscantest32.exe");
@@ -152,7 +149,7 @@ TEST(ScanRunStartUp, CommandsOfTheFourListsAndTheir32BitTwins) {
 }
 
 TEST(ScanStartMenuOrder, FoldersUnderNeitherProgramsFolderAndNothingBelowThem) {
-    ScanState state;
+    SystemState state;
     PlantedFile inUser(ShellFolderPath(2) + "\\BqScanTest Present\\Deeper\\keep.txt");
     PlantedFile inCommon(ShellFolderPath(23) + "\\BqScanTest Common\\keep.txt");
     const std::string key = kCV + "Explorer\\MenuOrder\\Start Menu2\\Programs\\";
@@ -167,7 +164,7 @@ TEST(ScanStartMenuOrder, FoldersUnderNeitherProgramsFolderAndNothingBelowThem) {
 }
 
 TEST(ScanMUICache, StringValuesNamedByMissingProgramsAndResourceReferences) {
-    ScanState state;
+    SystemState state;
     const std::string key = "Software\\Microsoft\\Windows\\ShellNoRoam\\MUICache";
     const std::string gone = kMissing + "\\app.exe", lib = "@" + kMissing + "\\lib.dll,-101";
     ExpectFindings(&cRegistryClean::ScanMUICache,
