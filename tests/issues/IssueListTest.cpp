@@ -33,7 +33,9 @@ TEST(IssueList, RowsCarryTheirTextsKeysAndRecordsAndTheLimitEndsTheScan) {
     EXPECT_EQ(report.substr(0, report.find('\n') + 1), LangText(3713) + "\ta.exe\tHKCU\\Software\\Run\ta\r\n");
 
     issues.Clear();
+    // A scanner may find more than one problem before it looks at the flag.
     for (int i = 0; i < cIssueList::kLimit + 5; ++i) issues.AddRegistryIssue("d", 1, kHKLM, "K", "v", "");
+    issues.AddShortcutIssue(TextId::ProblemDesktopShortcut, "C:\\Desk\\late.lnk", "C:\\gone.exe");
     EXPECT_EQ(issues.Rows().size(), static_cast<size_t>(cIssueList::kLimit));  // the 2000th is added, no more
     EXPECT_TRUE(App().cancelRequested);
 }

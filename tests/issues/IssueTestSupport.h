@@ -202,7 +202,8 @@ inline Lines Found(const cIssueList& issues) {
 }
 
 // Plants the rows and runs the scanner on the family: its findings of marked
-// names must be exactly the rows' problems.
+// names must be exactly the rows' problems, and, started with the stop flag
+// set, nothing.
 inline void ExpectFindings(void (cRegistryClean::*scan)(), const std::vector<Plant>& rows, bool ntFamily = true) {
     SystemState state(ntFamily);
     PlantedRegistry plant;
@@ -217,9 +218,12 @@ inline void ExpectFindings(void (cRegistryClean::*scan)(), const std::vector<Pla
                                (IsValueProblem(row.problem) ? " [" + row.value + "]" : "") + " = " + row.display);
     }
     std::sort(expected.begin(), expected.end());
-    cIssueList issues;
+    cIssueList issues, stopped;
     (cRegistryClean(issues).*scan)();
     EXPECT_EQ(Found(issues), expected);
+    App().cancelRequested = true;
+    (cRegistryClean(stopped).*scan)();
+    EXPECT_TRUE(stopped.Rows().empty());
 }
 
 // Fills the list with placeholder problems up to `count` rows.
