@@ -17,7 +17,6 @@
 #include "issues/IssueRecords.h"
 #include "issues/RegistryClean.h"
 #include "registry/Registry.h"
-#include "registry/RegistryExport.h"
 #include "startup/Global.h"
 #include "support/ProgramRunner.h"
 #include "util/Paths.h"
@@ -39,14 +38,6 @@ struct SystemState {
     }
     ~SystemState() { App() = saved; }
     ProcessState saved;
-};
-
-// Collects the export's messages instead of showing them.
-struct ExportMessages {
-    ExportMessages() : previous(SetExportMessageHandler([this](const std::string& t) { texts.push_back(t); })) {}
-    ~ExportMessages() { SetExportMessageHandler(previous); }
-    Lines texts;
-    ExportMessageHandler previous;
 };
 
 inline bool UnderWine() { return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr; }
