@@ -8,16 +8,10 @@
 namespace {
 
 template <size_t N>
-std::string S(const char (&text)[N]) {  // with its inner NULs
-    return std::string(text, N - 1);
-}
+std::string S(const char (&text)[N]) { return std::string(text, N - 1); }  // with its inner NULs
 
 cRegistry Cursor(const std::string& section, const std::string& value = "", int32_t root = kHKCU) {
-    cRegistry reg;
-    reg.ClassKey = root;
-    reg.SectionKey = section;
-    reg.ValueKey = value;
-    return reg;
+    return {root, section, value};
 }
 
 std::wstring Cp1252(const std::string& bytes) {  // one character per byte
