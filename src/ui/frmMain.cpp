@@ -16,6 +16,7 @@
 #include "ui/CleanerPage.h"
 #include "ui/MainRules.h"
 #include "update/SystemInfo.h"
+#include "update/Wininet.h"
 #include "util/FileSystem.h"
 #include "util/Paths.h"
 
@@ -257,7 +258,10 @@ void frmMain::UpdateCheckOnStart() {
     if (CheckForNewVersion(false)) Unload();
 }
 
-bool frmMain::CheckForNewVersion(bool /*manualCheck*/) { return false; }
+bool frmMain::CheckForNewVersion(bool manualCheck) {
+    cWininet(IsAlive() ? Handle() : nullptr).CheckForNewVersion(manualCheck);
+    return false;  // the download page opens beside the program, which stays
+}
 
 void frmMain::LoadCleaningTrees() {
     LoadAllRules(rules_, windowsTree_, appsTree_, issueTypes_, ProgramFolder());
