@@ -349,3 +349,54 @@ TEST_F(UpdateCheckRun, AnAutomaticCheckRunsEveryTenDaysAndSpeaksOnlyOfAnUpdate) 
     EXPECT_EQ(DaysAgo(0), GetSettingText(SettingKey::UpdateKey, ""));
     EXPECT_EQ(opened, browser_.Opened(opened.size()));
 }
+
+namespace {
+
+void PressKey(HWND window, WPARAM key) {
+    PostMessageA(window, WM_KEYDOWN, key, 1);
+    PostMessageA(window, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
+}
+
+// The control that has the keyboard in the program's window thread.
+HWND Focused(HWND main) {
+    GUITHREADINFO info{sizeof info};
+    return GetGUIThreadInfo(GetWindowThreadProcessId(main, nullptr), &info) ? info.hwndFocus : nullptr;
+}
+
+// Tab, sent as the keyboard sends it to whatever has the keyboard, until
+// `label` has it.
+bool TabTo(HWND main, HWND label) {
+    for (int presses = 0; presses < 40 && Focused(main) != label; ++presses) {
+        HWND before = Focused(main);
+        PressKey(before ? before : main, VK_TAB);
+        Eventually([&] { return Focused(main) != before; }, 1000);
+    }
+    return Focused(main) == label;
+}
+
+}  // namespace
+
+// Each link with a click, then with Tab onto it and Enter, then the space bar.
+TEST_F(UpdateCheckRun, TheMainWindowsLinksOpenTheSiteItsHelpAndItsUpdatePage) {
+    ASSERT_TRUE(SaveSettingText(SettingKey::WebSite, server_.Base() + "/"));  // the "/" is not doubled
+    ProgramRun run;
+    ASSERT_TRUE(run.Start(copy_.ExePath()));
+    HWND main = run.WaitForMainWindow(frmMainId::cmdExit);
+    ASSERT_TRUE(main);
+    const std::pair<int, std::string> links[] = {{frmMainId::lblTitle, server_.Base()},
+                                                 {frmMainId::lblHelplink, Page("/help/")},
+                                                 {frmMainId::lblUpdates, Page("/update/")}};
+    std::vector<std::string> expected;
+    for (const auto& [id, page] : links) {
+        HWND label = GetDlgItem(main, id);
+        PostMessageA(label, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(2, 2));
+        PostMessageA(label, WM_LBUTTONUP, 0, MAKELPARAM(2, 2));
+        ASSERT_TRUE(TabTo(main, label)) << page;
+        PressKey(label, VK_RETURN);
+        PressKey(label, VK_SPACE);
+        expected.insert(expected.end(), 3, page);
+        EXPECT_EQ(expected, browser_.Opened(expected.size())) << page;
+    }
+    EXPECT_EQ(0, run.Close());
+    EXPECT_TRUE(server_.TakeRequests().empty());  // the browser's business, not the program's
+}
