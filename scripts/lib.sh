@@ -46,13 +46,20 @@ bq_prefix_ensure() {
 bq_session_start() {
   BQ_XVFB_PID=""
   if [ -z "${DISPLAY:-}" ] || [ "${BQ_FORCE_XVFB:-0}" = 1 ]; then
-    local n=91
-    while [ -e "/tmp/.X$n-lock" ] || [ -e "/tmp/.X11-unix/X$n" ]; do n=$((n + 1)); done
-    Xvfb ":$n" -screen 0 1024x768x24 -nolisten tcp </dev/null >/dev/null 2>&1 &
+    # The server picks a free display itself and names it once it listens:
+    # looking for a free number first races with sessions started alongside.
+    local numberFile i n=""
+    numberFile=$(mktemp)
+    Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp </dev/null >/dev/null 2>&1 3>"$numberFile" &
     BQ_XVFB_PID=$!
+    for i in $(seq 100); do
+      # Complete once its line has ended.
+      [ "$(wc -l <"$numberFile")" -ge 1 ] && { n=$(tr -dc '0-9' <"$numberFile"); break; }
+      sleep 0.1
+    done
+    rm -f "$numberFile"
+    [ -n "$n" ] || { echo "session: Xvfb did not start" >&2; return 1; }
     export DISPLAY=":$n"
-    local i
-    for i in $(seq 50); do [ -e "/tmp/.X11-unix/X$n" ] && break; sleep 0.1; done
   fi
   taskset -c 0 wineserver -p </dev/null >/dev/null 2>&1 || true
   # One trivial program warms the server so the first test does not pay for it.

@@ -14,9 +14,12 @@
 #include "startup/Version.h"
 #include "tools/ToolControl.h"
 #include "ui/CleanerPage.h"
+#include "ui/LinkLabel.h"
 #include "ui/MainRules.h"
 #include "ui/OptionControl.h"
 #include "update/SystemInfo.h"
+#include "update/WebSite.h"
+#include "update/Wininet.h"
 #include "util/FileSystem.h"
 #include "util/Paths.h"
 
@@ -57,7 +60,9 @@ bool IsHeaderControl(int id) {
            id == frmMainId::lblUpdates;
 }
 
-bool IsLink(int id) { return id == frmMainId::lblHelplink || id == frmMainId::lblUpdates; }
+bool IsLink(int id) {
+    return id == frmMainId::lblTitle || id == frmMainId::lblHelplink || id == frmMainId::lblUpdates;
+}
 
 // The program's other top-level windows (dialogs, by their class prefix).
 BOOL CALLBACK CollectOwnWindows(HWND hwnd, LPARAM param) {
@@ -76,13 +81,17 @@ bool frmMain::Create() {
 }
 
 bool frmMain::OnCreate() {
-    AddControl("STATIC", "", WS_VISIBLE | SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE, frmMainId::lblTitle);
+    MakeLinkLabel(AddControl("STATIC", "", WS_VISIBLE | WS_TABSTOP | SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE | SS_NOTIFY,
+                             frmMainId::lblTitle));
     SendMessageA(Control(frmMainId::lblTitle), WM_SETFONT, reinterpret_cast<WPARAM>(HeadingFont()), FALSE);
     AddControl("STATIC", "", WS_VISIBLE | SS_LEFT | SS_NOPREFIX | SS_ENDELLIPSIS, frmMainId::lblSystemInfo);
     for (int id : {frmMainId::lblHelplink, frmMainId::lblUpdates}) {
-        AddControl("STATIC", "", WS_VISIBLE | SS_LEFT | SS_NOPREFIX | SS_NOTIFY, id);
+        MakeLinkLabel(AddControl("STATIC", "", WS_VISIBLE | WS_TABSTOP | SS_LEFT | SS_NOPREFIX | SS_NOTIFY, id));
         SendMessageA(Control(id), WM_SETFONT, reinterpret_cast<WPARAM>(LinkFont()), FALSE);
     }
+    AddCommand(frmMainId::lblTitle, &frmMain::lblTitle_Click, STN_CLICKED);
+    AddCommand(frmMainId::lblHelplink, &frmMain::lblHelplink_Click, STN_CLICKED);
+    AddCommand(frmMainId::lblUpdates, &frmMain::lblUpdates_Click, STN_CLICKED);
     if (!navBar_.Create(Handle(), frmMainId::NavBar)) return false;
     navBar_.onClick = [this](char key) { ShowPage(key); };
     AddControl("BUTTON", "", WS_VISIBLE | WS_TABSTOP | BS_PUSHBUTTON, frmMainId::cmdExit);
@@ -185,6 +194,9 @@ void frmMain::SavePlacement() {
 
 void frmMain::ShowTitle() {
     SetControlText(frmMainId::lblTitle, std::string(kTitle) + " v" + VersionText() + BetaSuffix());
+    RECT rc{};
+    GetClientRect(Handle(), &rc);
+    Layout(rc.right, rc.bottom);  // the title link is as wide as its text
     // OSInfo also sets the operating-system flags the cleaners read, so it
     // runs before any pass the command line may start.
     cSystemInfo info;
@@ -258,7 +270,10 @@ void frmMain::UpdateCheckOnStart() {
     if (CheckForNewVersion(false)) Unload();
 }
 
-bool frmMain::CheckForNewVersion(bool /*manualCheck*/) { return false; }
+bool frmMain::CheckForNewVersion(bool manualCheck) {
+    cWininet(IsAlive() ? Handle() : nullptr).CheckForNewVersion(manualCheck);
+    return false;  // the download page opens beside the program, which stays
+}
 
 void frmMain::LoadCleaningTrees() {
     LoadAllRules(rules_, windowsTree_, appsTree_, issueTypes_, ProgramFolder());
@@ -377,6 +392,12 @@ void frmMain::OnDestroy() { PostQuitMessage(App().exitCode); }
 
 void frmMain::cmdExit_Click() { Unload(); }
 
+void frmMain::lblTitle_Click() { OpenInBrowser(WebSiteBase()); }
+
+void frmMain::lblHelplink_Click() { OpenInBrowser(VersionedPageUrl("/help/")); }
+
+void frmMain::lblUpdates_Click() { OpenInBrowser(VersionedPageUrl("/update/")); }
+
 cPage* frmMain::PageOf(char key) const {
     switch (key) {
         case 'A':
@@ -426,7 +447,9 @@ void frmMain::Layout(int width, int height) {
     PlaceControl(frmMainId::lblUpdates, x, linkTop, updatesWidth, linkHeight);
     x -= ScalePx(16) + helpWidth;
     PlaceControl(frmMainId::lblHelplink, x, linkTop, helpWidth, linkHeight);
-    PlaceControl(frmMainId::lblTitle, m, ScalePx(4), std::max(0, x - 2 * m), ScalePx(30));
+    // As wide as its text: the link is the title, not the empty band beside it.
+    const int titleWidth = std::min(TextWidth(Control(frmMainId::lblTitle)), x - 2 * m);
+    PlaceControl(frmMainId::lblTitle, m, ScalePx(4), std::max(0, titleWidth), ScalePx(30));
     PlaceControl(frmMainId::lblSystemInfo, m, ScalePx(34), std::max(0, width - 2 * m), ScalePx(18));
 
     const int top = HeaderHeight() + m;

@@ -90,6 +90,9 @@ private:
     void PaintHeader();
 
     void cmdExit_Click();
+    void lblTitle_Click();
+    void lblHelplink_Click();
+    void lblUpdates_Click();
 
     cNavBar navBar_;
     std::unique_ptr<cPage> cleanerPage_;

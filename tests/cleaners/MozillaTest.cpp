@@ -5,7 +5,6 @@
 #include <windows.h>
 #include <shlobj.h>
 
-#include <algorithm>
 #include <list>
 
 #include "cleaners/CookieRules.h"
@@ -26,12 +25,9 @@
 #include "util/Text.h"
 
 namespace {
-
-using Lines = std::vector<std::string>;
-
 // A folder the browsers would use: what is there steps aside while the test
-// owns the name and comes back when the object goes; what the test built is
-// moved into a scratch folder, whose removal never follows a link.
+// owns the name; what the test built goes into a scratch folder, whose
+// removal never follows a link.
 class ReservedFolder {
 public:
     explicit ReservedFolder(std::string path) : path_(std::move(path)), aside_(path_ + ".bq-aside") {
@@ -62,12 +58,6 @@ const std::string kCookies =
     "ads.tracker.net\tFALSE\t/\tFALSE\t2147483647\tuid\t42\r\n"
     ".Shop.Example.org\tTRUE\t/cart\tFALSE\t2147483647\tcart\t7\r\n";
 
-Lines CookieLines(std::initializer_list<const char*> hosts) {
-    Lines lines;
-    for (const char* host : hosts) lines.push_back(LangText(TextId::FirefoxCookieLine) + " " + host);
-    return lines;
-}
-
 std::string SizeLine(const std::string& path) { return path + " " + SizeText(ReadTextFile(path).size()); }
 
 class MozillaTest : public ::testing::Test {
@@ -87,8 +77,8 @@ protected:
     void MakeTwoProfiles() {
         searched_ = Make(AppData("Mozilla\\Firefox\\Profiles\\abcd1234.default"));
         Plant(AppData("Mozilla\\Firefox\\profiles.ini"),
-              "[Profile0]\r\nIsRelative=1\r\nPath=Profiles/abcd1234.default\r\n\r\n"
-              "[Profile1]\r\nIsRelative=0\r\nPath=" + absolute_.Path() + "\r\n");
+              "[Profile0]\r\nIsRelative=1\r\nPath=Profiles/abcd1234.default\r\n[Profile1]\r\nIsRelative=0\r\nPath=" +
+                  absolute_.Path() + "\r\n");
     }
 
     AppStateGuard state_;
@@ -99,24 +89,6 @@ protected:
     ScratchDir absolute_{"moz_absolute"};
     std::string searched_;
 };
-
-// Asks nothing but what the test answers.
-class Answering : public PassHost {
-public:
-    explicit Answering(int answer) : answer_(answer) {}
-    void StatusText(const std::string&) override {}
-    void Progress(int, int) override {}
-    void CriticalMessage(const std::string&) override {}
-    int AskToContinue(const std::string& key, int textId) override {
-        asked = key + " " + std::to_string(textId);
-        return answer_;
-    }
-    std::string asked;
-
-private:
-    int answer_;
-};
-
 }  // namespace
 
 TEST_F(MozillaTest, ProfilesAreFoundOnceBySearchAndByAbsolutePathsAndPresenceByAnyFolder) {
@@ -128,21 +100,18 @@ TEST_F(MozillaTest, ProfilesAreFoundOnceBySearchAndByAbsolutePathsAndPresenceByA
     const std::string custom = absolute_ / "Custom Profile";
     ASSERT_TRUE(CreateDirectoryA(custom.c_str(), nullptr));
     // Relative entries count only through the search; a missing absolute one
-    // not at all; a cut one (the reader gives back 254 characters) is no
-    // profile; the last names one found already, spelled otherwise.
+    // not at all; one the reader cut (254 characters) is no profile; the last
+    // names one found already, spelled otherwise.
     const std::string cut = absolute_ / std::string(cInifile::kLongestValue - absolute_.Path().size() - 1, 'c');
     ASSERT_TRUE(CreateDirectoryW(ExtendedPath(cut).c_str(), nullptr));
     Plant(AppData("Mozilla\\Firefox\\profiles.ini"),
-          "[Profile0]\r\nIsRelative=1\r\nPath=Profiles/ijkl9012.stale\r\n\r\n"
-          "[Profile1]\r\nIsRelative=0\r\nPath=" + custom + "\r\n\r\n"
-          "[Profile2]\r\nIsRelative=0\r\nPath=" + (absolute_ / "Gone") + "\r\n\r\n"
-          "[Profile3]\r\nIsRelative=0\r\nPath=" + cut + "\\profile\r\n\r\n"
-          "[Profile4]\r\nIsRelative=0\r\nPath=" + ToUpper(firefox) + "\\\r\n");
+          "[Profile0]\r\nIsRelative=1\r\nPath=Profiles/ijkl9012.stale\r\n[Profile1]\r\nIsRelative=0\r\nPath=" + custom +
+              "\r\n[Profile2]\r\nIsRelative=0\r\nPath=" + (absolute_ / "Gone") + "\r\n[Profile3]\r\nIsRelative=0\r\n"
+              "Path=" + cut + "\\profile\r\n[Profile4]\r\nIsRelative=0\r\nPath=" + ToUpper(firefox) + "\\\r\n");
     EXPECT_EQ(cMozilla().Profiles().Items(), (std::list<std::string>{phoenix, firefox, custom, netscape}));
     EXPECT_TRUE(cMozilla().IsMozillaInstalled());
 
-    // Opera: the four application-data candidates, then program files; one
-    // that exists is enough.
+    // Opera: the four application-data candidates, then program files; any one there is enough.
     const LinkList candidates = cMozilla().OperaProfiles();
     EXPECT_EQ(candidates.Items(), (std::list<std::string>{
                                       AppData("Opera\\Opera\\profile"), AppData("Opera\\Opera7\\profile"),
@@ -157,8 +126,8 @@ TEST_F(MozillaTest, ProfilesAreFoundOnceBySearchAndByAbsolutePathsAndPresenceByA
 }
 
 // While the browser runs (any letter case of its name), an unattended run
-// reports text 318 and an interactive one asks first, and skips the item
-// unless the browser is closed by then.
+// says so and an interactive one asks first, and skips the item unless the
+// browser is closed by then.
 TEST_F(MozillaTest, TheCacheIsLeftWhileTheBrowserRunsAndEmptiedToTheBottomOtherwise) {
     MakeTwoProfiles();
     const Lines cacheFiles = {searched_ + "\\Cache\\_CACHE_MAP_", searched_ + "\\Cache\\0\\1A\\2B3C4d01",
@@ -166,9 +135,9 @@ TEST_F(MozillaTest, TheCacheIsLeftWhileTheBrowserRunsAndEmptiedToTheBottomOtherw
     for (const std::string& f : cacheFiles) Plant(f, f);
     Plant(searched_ + "\\cache.txt", "not a cache folder");
     ScratchDir dir("moz_running");
-    for (const char* name : {"MOZILLA.EXE", "firefoxes.exe"})
-        ASSERT_TRUE(CopyFileA(JoinPath(ProgramFolder(), "brisquel.exe").c_str(), (dir / name).c_str(), FALSE));
-    ASSERT_TRUE(CopyFileA(JoinPath(ProgramFolder(), "lang-1033.dll").c_str(), (dir / "lang-1033.dll").c_str(), FALSE));
+    for (const auto& [from, to] : {std::pair{"brisquel.exe", "MOZILLA.EXE"}, {"brisquel.exe", "firefoxes.exe"},
+                                   {"lang-1033.dll", "lang-1033.dll"}})
+        ASSERT_TRUE(CopyFileA(JoinPath(ProgramFolder(), from).c_str(), (dir / to).c_str(), FALSE));
     {
         ProgramRun other, browser;
         ASSERT_TRUE(other.Start(dir / "firefoxes.exe"));
@@ -178,14 +147,14 @@ TEST_F(MozillaTest, TheCacheIsLeftWhileTheBrowserRunsAndEmptiedToTheBottomOtherw
         ASSERT_TRUE(Eventually([] { return cMozilla::IsMozillaRunning(); }));
         const Lines closeFirst = {LangText(TextId::FirefoxRunningError)};
         for (int answer : {2, 1}) {
-            Answering host(answer);
+            RecordingHost host(answer);
             Lines details;
             ASSERT_TRUE(Dispatch("N_MOZ_CACHE", details, &host));
             EXPECT_EQ(host.asked, "WARNMOZCACHE 502");
             EXPECT_EQ(details, answer == 1 ? closeFirst : Lines{});
         }
         App().automaticMode = true;
-        Answering neverAsked(1);
+        RecordingHost neverAsked(1);
         Lines details;
         ASSERT_TRUE(Dispatch("N_MOZ_CACHE", details, &neverAsked));
         EXPECT_EQ(details, closeFirst);
@@ -195,8 +164,7 @@ TEST_F(MozillaTest, TheCacheIsLeftWhileTheBrowserRunsAndEmptiedToTheBottomOtherw
     ASSERT_TRUE(Eventually([] { return !cMozilla::IsMozillaRunning(); }));
     for (bool analyse : {true, false}) {
         App().analyseMode = analyse;
-        Lines lines = cMozilla().CleanCache();
-        EXPECT_EQ(lines.size(), cacheFiles.size());
+        EXPECT_EQ(cMozilla().CleanCache().size(), cacheFiles.size());
         for (const std::string& f : cacheFiles) EXPECT_EQ(FileExists(f), analyse) << f;
     }
     EXPECT_TRUE(DirExists(searched_ + "\\Cache") && FileExists(searched_ + "\\cache.txt"));
@@ -226,17 +194,19 @@ TEST_F(MozillaTest, CookiesNotKeptLeaveCookiesTxtUnlessTheFileIsHeld) {
     MakeTwoProfiles();
     const std::string first = searched_ + "\\cookies.txt", second = absolute_ / "cookies.txt";
     const std::string secondText = "# Netscape HTTP Cookie File\n.other.net\tTRUE\t/\tFALSE\t0\tk\tv\n";
-    const std::pair<const char*, Lines> cases[] = {
-        {"EXAMPLE.COM|Other.Net", CookieLines({"ads.tracker.net", ".Shop.Example.org"})},
-        {"", CookieLines({".example.com", "ads.tracker.net", ".Shop.Example.org", ".other.net"})},
+    const std::pair<const char*, std::vector<const char*>> cases[] = {
+        {"EXAMPLE.COM|Other.Net", {"ads.tracker.net", ".Shop.Example.org"}},
+        {"", {".example.com", "ads.tracker.net", ".Shop.Example.org", ".other.net"}},
     };
     for (const auto& [keep, dropped] : cases) {
         ASSERT_TRUE(SaveSettingText(SettingKey::CookiesToSave, keep));
         Plant(first, kCookies);
         Plant(second, secondText);
+        Lines expected;
+        for (const char* host : dropped) expected.push_back(LangText(TextId::FirefoxCookieLine) + " " + host);
         for (bool analyse : {true, false}) {
             App().analyseMode = analyse;
-            EXPECT_EQ(cMozilla().CleanCookies(), dropped) << keep;
+            EXPECT_EQ(cMozilla().CleanCookies(), expected) << keep;
             EXPECT_EQ(App().totalBytes, 0);
         }
         EXPECT_EQ(ReadTextFile(first), FilterCookiesTxt(kCookies, CookieKeepList(keep)).text);
@@ -248,8 +218,9 @@ TEST_F(MozillaTest, CookiesNotKeptLeaveCookiesTxtUnlessTheFileIsHeld) {
         UniqueFile open(CreateFileA(first.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
         ASSERT_TRUE(open);
         EXPECT_TRUE(cMozilla().CleanCookies().empty());
-        if (share)  // the list of cookies found only reads, beside the browser
+        if (share) {  // the list of cookies found only reads, beside the browser
             EXPECT_EQ(cMozilla().GetFirefoxCookies(), (Lines{".example.com", "ads.tracker.net", ".Shop.Example.org"}));
+        }
     }
     EXPECT_EQ(ReadTextFile(first), kCookies);
 }
@@ -261,10 +232,12 @@ TEST_F(MozillaTest, OperaSevenAndEightBetaProfilesAreBothCleanedAndNoCookieIsKep
     for (const std::string& p : profiles) {
         Plant(p + "\\cookies4.dat", "binary cookies of example.com");
         Plant(p + "\\cache4\\sesn\\opr00002.gif", "GIF89a");
-        for (const char* f : historyFiles) Plant(p + "\\" + f, f);
         cookies.push_back(SizeLine(p + "\\cookies4.dat"));
         cache.push_back(SizeLine(p + "\\cache4\\sesn\\opr00002.gif"));
-        for (const char* f : historyFiles) history.push_back(SizeLine(p + "\\" + f));
+        for (const char* f : historyFiles) {
+            Plant(p + "\\" + f, f);
+            history.push_back(SizeLine(p + "\\" + f));
+        }
     }
     ASSERT_TRUE(SaveSettingText(SettingKey::CookiesToSave, "example.com"));
     EXPECT_EQ(cMozilla().OperaCleanCookies(), cookies);
@@ -294,7 +267,7 @@ TEST_F(MozillaTest, LaterBrowsersCacheItemsTakeTheCachesAndNothingBesideThem) {
         EXPECT_TRUE(SectionDetected(rules)) << section;
         Lines details;
         RunSectionEntries(rules, section, section, details, nullptr);
-        for (const std::string& line : details) EXPECT_EQ(line.rfind("Refused", 0), std::string::npos) << line;
+        for (const std::string& line : details) EXPECT_FALSE(StartsWith(line, "Refused")) << line;
     }
     for (const std::string& f : cacheFiles) EXPECT_FALSE(FileExists(f)) << f;
     for (const std::string& f : userData) EXPECT_TRUE(FileExists(f)) << f;

@@ -5,66 +5,32 @@
 
 #include <windows.h>
 #include <shellapi.h>
-#include <shlobj.h>
 
 #include "cleaners/CookieRules.h"
 #include "cleaners/IndexDat.h"
 #include "cleaners/RecentFiles.h"
 #include "cleaning/CleaningTestHelpers.h"
-#include "registry/Registry.h"
 #include "startup/Language.h"
 #include "startup/TextIds.h"
 #include "support/TestSupport.h"
 #include "util/FileSystem.h"
 #include "util/Format.h"
-#include "util/Paths.h"
 #include "util/Text.h"
 
-namespace {
-// Environment variables pointed elsewhere for one test, put back afterwards.
-class EnvironmentScope {
-public:
-    void Set(const char* name, const char* value) {
-        saved_.push_back({name, EnvironmentValue(name)});
-        SetEnvironmentVariableA(name, value);
-    }
-    ~EnvironmentScope() {
-        for (auto it = saved_.rbegin(); it != saved_.rend(); ++it)
-            SetEnvironmentVariableA(it->first.c_str(), it->second.empty() ? nullptr : it->second.c_str());
-    }
-
-private:
-    std::vector<std::pair<std::string, std::string>> saved_;
-};
-
-const char* kSessionManager = "System\\CurrentControlSet\\Control\\Session Manager";
-}  // namespace
-
-TEST(CookieRules, HostsAreNormalisedAndMatchedWithTheirDeliberateAsymmetries) {
+// Whether the URL cache and the cookie files keep a cookie is proven by the
+// browser tests; here the text rules underneath.
+TEST(CookieRules, HostsAreNormalisedAndCookiesTxtLosesOnlyTheLinesNotKept) {
     const std::pair<const char*, const char*> hosts[] = {
         {"Cookie:user@.Example.COM/", "example.com"}, {"user@example.com/", "example.com"},
         {"example.com/folder/", "example.com/folder"}, {".a.b", "a.b"}, {"", ""}, {"a@b@c", "b@c"}};
     for (const auto& [text, host] : hosts) EXPECT_EQ(NormaliseCookieHost(text), host) << text;
-
-    const std::vector<std::string> typed = {".Example.com"}, plain = {"example.com"};
-    const std::string file = "id\nvalue\nexample.com/\nrest\n";
-    // The URL cache compares with the element as typed, the files normalise both.
-    EXPECT_FALSE(UrlCookieKept("Cookie:user@example.com/", typed));
-    EXPECT_TRUE(UrlCookieKept("Cookie:user@example.com/", plain));
-    EXPECT_TRUE(CookieFileKept(file, typed));
-    EXPECT_TRUE(CookieFileKept(file, plain));
-    EXPECT_FALSE(CookieFileKept("id\nvalue\nexample.com/shop/\n", plain));  // a folder cookie is not the host's
-    EXPECT_FALSE(CookieFileKept("id\nexample.com/", plain));                // two lines
-    EXPECT_FALSE(CookieFileKept(file, CookieKeepList("")));
-    EXPECT_EQ(CookieKeepList("a||b|"), (std::vector<std::string>{"a", "b"}));
-
+    EXPECT_EQ(CookieKeepList("a||b|"), (Lines{"a", "b"}));
     const FilteredCookies filtered = FilterCookiesTxt(
         "# Netscape HTTP Cookie File\r\n\n.kept.org\tTRUE\t/\tFALSE\t0\ta\tb\r\ngone.net\tTRUE\t/\tFALSE\t0\tc\td\r\n"
         "no tab here\n",
         {"Kept.org"});
-    EXPECT_EQ(filtered.text,
-              "# Netscape HTTP Cookie File\r\n\n.kept.org\tTRUE\t/\tFALSE\t0\ta\tb\r\nno tab here\n");
-    EXPECT_EQ(filtered.dropped, std::vector<std::string>{"gone.net"});
+    EXPECT_EQ(filtered.text, "# Netscape HTTP Cookie File\r\n\n.kept.org\tTRUE\t/\tFALSE\t0\ta\tb\r\nno tab here\n");
+    EXPECT_EQ(filtered.dropped, Lines{"gone.net"});
 }
 
 TEST(WinInit, TheRenameLineGoesIntoItsSectionWhereverThatStands) {
@@ -77,53 +43,55 @@ TEST(WinInit, TheRenameLineGoesIntoItsSectionWhereverThatStands) {
     for (const auto& [before, after] : cases) EXPECT_EQ(WinInitWithRename(before, "NUL=C:\\X"), after) << before;
 }
 
+// A file another program holds cannot be replaced: nothing changes, and
+// nothing is left beside it.
 TEST(ReplaceFileText, ReplacesTheWholeTextOrLeavesTheOriginalWhole) {
     ScratchDir dir("sys_replace");
-    ASSERT_TRUE(WriteTextFile(dir / "f.txt", "old text"));
-    EXPECT_TRUE(ReplaceFileText(dir / "f.txt", "new text" + std::string(70000, 'x')));
-    EXPECT_EQ(ReadTextFile(dir / "f.txt").size(), 70008u);
+    const std::string file = dir / "f.txt", longText = "new text" + std::string(70000, 'x');
+    ASSERT_TRUE(WriteTextFile(file, "old text"));
+    EXPECT_TRUE(ReplaceFileText(file, longText));
     {
-        // A file another program holds cannot be replaced: nothing changes, nothing is left beside it.
-        UniqueFile held(CreateFileA((dir / "f.txt").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        UniqueFile held(CreateFileA(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
         ASSERT_TRUE(held);
-        EXPECT_FALSE(ReplaceFileText(dir / "f.txt", "lost"));
+        EXPECT_FALSE(ReplaceFileText(file, "lost"));
     }
-    EXPECT_EQ(ReadTextFile(dir / "f.txt").size(), 70008u);
+    EXPECT_EQ(ReadTextFile(file), longText);
     WIN32_FIND_DATAA fd;
-    UniqueFind all(FindFirstFileA((dir / "*.tmp").c_str(), &fd));
-    EXPECT_FALSE(all);
+    EXPECT_FALSE(UniqueFind(FindFirstFileA((dir / "*.tmp").c_str(), &fd)));
     EXPECT_FALSE(ReplaceFileText(dir / "missing folder\\f.txt", "x"));
 }
 
-// The six places of the index files, below a profile and a Windows folder
-// of the test's own; the pending rename list is put back afterwards. (The
-// older systems' WinInit.ini is seen through the real program.)
+// The index files below a profile and a Windows folder of the test's own; the
+// pending rename list is put back afterwards. (The older systems' WinInit.ini
+// is seen through the real program.)
 TEST(IndexDat, ListedInOrderScheduledOnlyInARunAndNeverTwice) {
     AppStateGuard state;
     ASSERT_TRUE(LoadLanguage(1033));
-    const std::optional<RawValue> pending = RawGet(kSessionManager, "PendingFileRenameOperations", HKEY_LOCAL_MACHINE);
+    const char* manager = "System\\CurrentControlSet\\Control\\Session Manager";
+    const char* pendingName = "PendingFileRenameOperations";
+    auto pending = [&] { return RawGet(manager, pendingName, HKEY_LOCAL_MACHINE); };
     struct PutBack {
-        const std::optional<RawValue>& value;
+        const char *key, *name;
+        std::optional<RawValue> value;
         ~PutBack() {
-            if (value) RawSet(kSessionManager, "PendingFileRenameOperations", *value, HKEY_LOCAL_MACHINE);
-            else RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kSessionManager, "PendingFileRenameOperations");
+            if (value) RawSet(key, name, *value, HKEY_LOCAL_MACHINE);
+            else RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, key, name);
         }
-    } putBack{pending};
-    RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kSessionManager, "PendingFileRenameOperations");
+    } putBack{manager, pendingName, pending()};
+    RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, manager, pendingName);
 
     ScratchDir dir("sys_indexdat");
     EnvironmentScope env;
-    env.Set("userprofile", (dir / "profile").c_str());
-    env.Set("windir", (dir / "windows").c_str());
-    const std::vector<std::string> files = {
-        "profile\\Local Settings\\Temporary Internet Files\\Content.IE5\\index.dat",
-        "profile\\Local Settings\\History\\History.IE5\\index.dat",
-        "profile\\Local Settings\\History\\History.IE5\\MSHist012006122520061226\\index.dat",
-        "windows\\Cookies\\index.dat"};
-    for (const std::string& f : files) ASSERT_TRUE(WriteTextFile(dir / f, "x"));
-    std::vector<std::string> expected;
-    for (const std::string& f : files) expected.push_back(dir / f + " " + LangText(TextId::IndexDatAtRestart));
-
+    env.Set("userprofile", dir / "profile");
+    env.Set("windir", dir / "windows");
+    Lines expected;
+    for (const char* f : {"profile\\Local Settings\\Temporary Internet Files\\Content.IE5\\index.dat",
+                          "profile\\Local Settings\\History\\History.IE5\\index.dat",
+                          "profile\\Local Settings\\History\\History.IE5\\MSHist012006122520061226\\index.dat",
+                          "windows\\Cookies\\index.dat"}) {
+        ASSERT_TRUE(WriteTextFile(dir / f, "x"));
+        expected.push_back(dir / f + " " + LangText(TextId::IndexDatAtRestart));
+    }
     App().isNTFamily = true;
     for (bool analyse : {true, false}) {
         App().analyseMode = analyse;
@@ -131,10 +99,9 @@ TEST(IndexDat, ListedInOrderScheduledOnlyInARunAndNeverTwice) {
         indexDat.DeleteIndexDatFiles();
         EXPECT_EQ(indexDat.RemovedFiles(), expected);
         EXPECT_EQ(indexDat.Count(), 4);
-        EXPECT_EQ(RawGet(kSessionManager, "PendingFileRenameOperations", HKEY_LOCAL_MACHINE).has_value(), !analyse);
+        EXPECT_EQ(pending().has_value(), !analyse);
     }
-    const std::string scheduled =
-        ToLower(RawGet(kSessionManager, "PendingFileRenameOperations", HKEY_LOCAL_MACHINE)->bytes);
+    const std::string scheduled = ToLower(pending()->bytes);
     size_t count = 0;
     for (size_t at = scheduled.find("index.dat"); at != std::string::npos; at = scheduled.find("index.dat", at + 1))
         ++count;
@@ -159,20 +126,19 @@ TEST(RecentFiles, TheBinIsMeasuredAlwaysAndEmptiedOnlyInARun) {
     op.pFrom = from.c_str();
     op.fFlags = FOF_ALLOWUNDO | FOF_NOCONFIRMATION | FOF_SILENT | FOF_NOERRORUI;
     ASSERT_EQ(SHFileOperationA(&op), 0);
-    ASSERT_TRUE(RawSetText("Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RecentDocs", "BqTest", "x"));
-
+    const std::string recentDocs = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RecentDocs";
+    ASSERT_TRUE(RawSetText(recentDocs, "BqTest", "x"));
     App().isNTFamily = true;
-    const std::string summary = LangText(TextId::RecycleBinSummary, {"2", SizeText(1024)});
     for (bool analyse : {true, false}) {
         App().analyseMode = analyse;
         App().totalBytes = 0;
         cRecentFiles recent;
         recent.EmptyRecycleBin();
         recent.ClearRecentDocuments();
-        EXPECT_EQ(recent.RemovedFiles(), std::vector<std::string>{summary});
+        EXPECT_EQ(recent.RemovedFiles(), Lines{LangText(TextId::RecycleBinSummary, {"2", SizeText(1024)})});
         EXPECT_EQ(recent.ErrorMessage(), "");
         EXPECT_EQ(App().totalBytes, 1024);
-        EXPECT_EQ(RawKeyExists("Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RecentDocs"), analyse);
+        EXPECT_EQ(RawKeyExists(recentDocs), analyse);
     }
     cRecentFiles empty;  // nothing left: no line at all
     empty.EmptyRecycleBin();

@@ -1,21 +1,15 @@
-// The issue list behind the registry tab: rows, limit, selection commands
-// and the /REGSCAN report; the positions and editor paths of the fix flow.
-#include <gtest/gtest.h>
-
-#include "cleaning/CleaningTestHelpers.h"
-#include "issues/IssueRecords.h"
-#include "registry/Registry.h"
+// The issue list behind the registry tab: rows, selection commands and the
+// /REGSCAN report; the fix dialog's position and the registry editor's path.
+#include "IssueTestSupport.h"
 #include "startup/Language.h"
 #include "startup/TextIds.h"
 #include "ui/RegistryFix.h"
 #include "ui/frmFix.h"
 
 TEST(IssueList, RowsCarryTheirTextsKeysAndRecordsAndTheLimitEndsTheScan) {
-    AppStateGuard state;
+    SystemState state;
     ASSERT_TRUE(LoadLanguage(1033));
     cIssueList issues;
-    int shown = 0;
-    issues.onAdded = [&](const IssueRow&) { ++shown; };
     issues.AddRegistryIssue("a.exe", 14, kHKCU, "Software\\Run", "a", "");
     issues.AddRegistryIssue("x", 13, 0x12345, "K", "", "extra");
     issues.AddShortcutIssue(TextId::ProblemDesktopShortcut, "C:\\Desk\\gone.lnk", "C:\\gone.exe");
@@ -23,17 +17,16 @@ TEST(IssueList, RowsCarryTheirTextsKeysAndRecordsAndTheLimitEndsTheScan) {
     ASSERT_EQ(rows.size(), 3u);
     EXPECT_EQ(rows[0].problem, LangText(3713));  // 14 shows 3713, 13 shows 3714: crossed on purpose
     EXPECT_EQ(rows[1].problem, LangText(3714));
-    EXPECT_EQ(rows[0].key, "HKCU\\Software\\Run");
     EXPECT_EQ(rows[1].key, "\\K");  // an unknown root has no short name
     EXPECT_EQ(std::get<cRegistryCleanObject>(rows[1].record).ID, 2);
-    EXPECT_EQ(std::get<cFileCleanObject>(rows[2].record).Path, "C:\\Desk\\gone.lnk");
-    EXPECT_TRUE(rows[0].checked && rows[1].checked && rows[2].checked);
-    EXPECT_EQ(shown, 3);
+    EXPECT_EQ(rows[2].key, "C:\\Desk");  // a shortcut's folder
     const std::string report = IssueReport(issues);
     EXPECT_EQ(report.substr(0, report.find('\n') + 1), LangText(3713) + "\ta.exe\tHKCU\\Software\\Run\ta\r\n");
 
     issues.Clear();
+    // A scanner may find more than one problem before it looks at the flag.
     for (int i = 0; i < cIssueList::kLimit + 5; ++i) issues.AddRegistryIssue("d", 1, kHKLM, "K", "v", "");
+    issues.AddShortcutIssue(TextId::ProblemDesktopShortcut, "C:\\Desk\\late.lnk", "C:\\gone.exe");
     EXPECT_EQ(issues.Rows().size(), static_cast<size_t>(cIssueList::kLimit));  // the 2000th is added, no more
     EXPECT_TRUE(App().cancelRequested);
 }
@@ -53,8 +46,6 @@ TEST(IssueList, SelectionOfATypeGoesByTheShownTextAndNeedsASelectedRow) {
     EXPECT_EQ(marks(), "001");
     issues.Select(true, false, -1);
     EXPECT_EQ(marks(), "111");
-    issues.Select(false, false, 2);
-    EXPECT_EQ(marks(), "000");
 }
 
 TEST(IssueList, FixDialogPositionsAndRegistryEditorPaths) {

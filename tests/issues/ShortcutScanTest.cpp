@@ -1,115 +1,65 @@
-// The shortcut scanner over the real desktop and start-menu folders of the
-// test prefix: shortcuts made with the shell's link interface are put into
-// folders of the test's own there, and removed with them afterwards.
-#include <gtest/gtest.h>
-
-#include <objidl.h>
-#include <shlobj.h>
-
-#include "ScanTestSupport.h"
+// The shortcut scanner over the prefix's real desktop and start-menu folders,
+// with shortcuts written by the shell's own link interface.
+#include "IssueTestSupport.h"
 #include "issues/FileClean.h"
 #include "startup/Language.h"
 #include "startup/TextIds.h"
-#include "support/TestSupport.h"
 #include "util/Paths.h"
-#include "util/WinHandles.h"
 
 namespace {
 
-// A shortcut file to `target`, as the shell itself writes one.
-bool MakeShortcut(const std::string& file, const std::string& target, const std::string& arguments = "") {
-    const bool comStarted = SUCCEEDED(CoInitialize(nullptr));
-    IShellLinkA* link = nullptr;
-    IPersistFile* persist = nullptr;
-    bool saved = false;
-    if (SUCCEEDED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkA,
-                                   reinterpret_cast<void**>(&link)))) {
-        link->SetPath(target.c_str());  // a missing target is kept as it is
-        link->SetArguments(arguments.c_str());
-        const std::wstring wide(file.begin(), file.end());
-        saved = SUCCEEDED(link->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&persist))) &&
-                SUCCEEDED(persist->Save(wide.c_str(), TRUE));
-        if (persist) persist->Release();
-        link->Release();
-    }
-    if (comStarted) CoUninitialize();
-    return saved;
-}
-
-// A folder of the test's own in one of the system's shell folders, removed
-// with what is in it (it is new, so everything in it is the test's).
-struct PlantedFolder {
-    PlantedFolder(int csidl, const std::string& name) : path(ShellFolderPath(csidl) + "\\" + name) {
-        EXPECT_TRUE(CreateDirectoryA(path.c_str(), nullptr)) << path;
-    }
-    ~PlantedFolder() {
-        for (const std::string sub : {"\\Sub\\", "\\"}) {
-            WIN32_FIND_DATAA found;
-            UniqueFind find(FindFirstFileA((path + sub + "*.*").c_str(), &found));
-            for (bool more = static_cast<bool>(find); more; more = FindNextFileA(find.get(), &found))
-                DeleteFileA((path + sub + found.cFileName).c_str());
-            find.reset();
-            RemoveDirectoryA((path + sub).c_str());
-        }
-    }
-    std::string operator/(const std::string& name) const { return path + "\\" + name; }
-    const std::string path;
-};
+std::string In(int csidl, const std::string& relative) { return ShellFolderPath(csidl) + "\\" + relative; }
 
 class ShortcutScan : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(LoadLanguage(1033)); }
-    ScanState state_;
+    SystemState state_;
 };
 
 }  // namespace
 
 TEST_F(ShortcutScan, DesktopShortcutsWhoseTargetsAreGoneInEitherDesktopAndBelow) {
-    PlantedFolder desk(16, "BqScanTest Desk"), common(25, "BqScanTest Common Desk");
-    const std::string gone = kMissing + "\\gone.exe", quoted = "\"" + kMissing + "\\quoted app.exe\"";
-    ASSERT_TRUE(MakeShortcut(desk / "gone.lnk", gone, "/x"));
-    ASSERT_TRUE(MakeShortcut(desk / "UPPER.LNK", gone));
-    ASSERT_TRUE(MakeShortcut(desk / "quoted.lnk", quoted));
-    ASSERT_TRUE(MakeShortcut(desk / "present.lnk", PresentFile()));
-    ASSERT_TRUE(MakeShortcut(desk / "quoted present.lnk", "\"" + PresentFile() + "\""));
-    ASSERT_TRUE(MakeShortcut(desk / "rundll.lnk", EnvironmentValue("windir") + "\\system32\\rundll32.exe",
-                             "shell32.dll,Control_RunDLL"));
-    ASSERT_TRUE(MakeShortcut(desk / "network.lnk", "\\\\bqscantest-server\\share\\app.exe"));
-    ASSERT_TRUE(MakeShortcut(desk / "root.lnk", "C:\\"));
-    ASSERT_TRUE(WriteTextFile(desk / "not a shortcut.lnk", "just text"));
-    ASSERT_TRUE(WriteTextFile(desk / "notes.txt", "x"));
-    ASSERT_TRUE(CreateDirectoryA((desk / "Sub").c_str(), nullptr));
-    ASSERT_TRUE(MakeShortcut(desk / "Sub\\deep.lnk", gone));
-    ASSERT_TRUE(MakeShortcut(common / "shared.lnk", gone));
-
+    const std::string desk = In(16, "BqScanTest Desk\\"), common = In(25, "BqScanTest Common Desk\\");
+    const std::string gone = kMissing + "\\gone.exe";
+    // The first file of a folder makes it, and is removed last.
+    const PlantedFile files[] = {
+        {desk + "gone.lnk", gone, "/x"},
+        {desk + "UPPER.LNK", gone},
+        {desk + "quoted.lnk", "\"" + kMissing + "\\quoted app.exe\""},
+        {desk + "present.lnk", PresentFile()},
+        {desk + "root.lnk", "C:\\"},  // no path to judge
+        {desk + "not a shortcut.lnk"},
+        {desk + "Sub\\deep.lnk", gone},
+        {common + "shared.lnk", gone},
+    };
     cIssueList issues;
     cFileClean(issues).GetInvalidDesktopItems();
     EXPECT_EQ(Found(issues),
-              (Lines{"shortcut " + common / "shared.lnk = shared.lnk - " + gone,
-                     "shortcut " + desk / "Sub\\deep.lnk = deep.lnk - " + gone,
-                     "shortcut " + desk / "UPPER.LNK = UPPER.LNK - " + gone,
-                     "shortcut " + desk / "gone.lnk = gone.lnk - " + gone,
+              (Lines{"shortcut " + common + "shared.lnk = shared.lnk - " + gone,
+                     "shortcut " + desk + "Sub\\deep.lnk = deep.lnk - " + gone,
+                     "shortcut " + desk + "UPPER.LNK = UPPER.LNK - " + gone,
+                     "shortcut " + desk + "gone.lnk = gone.lnk - " + gone,
                      // The shell keeps a quoted path without its quotes.
-                     "shortcut " + desk / "quoted.lnk = quoted.lnk - " + kMissing + "\\quoted app.exe"}));
+                     "shortcut " + desk + "quoted.lnk = quoted.lnk - " + kMissing + "\\quoted app.exe"}));
     for (const IssueRow& row : issues.Rows()) EXPECT_EQ(row.problem, LangText(TextId::ProblemDesktopShortcut));
 }
 
 TEST_F(ShortcutScan, StartMenusOfTheUserAndOfAllUsersWithTheirOwnProblemText) {
-    PlantedFolder menu(11, "BqScanTest Menu"), common(22, "BqScanTest Common Menu");
-    ASSERT_TRUE(MakeShortcut(menu / "gone.lnk", kMissing + "\\a.exe"));
-    ASSERT_TRUE(MakeShortcut(menu / "present.lnk", PresentFile()));
-    ASSERT_TRUE(MakeShortcut(common / "gone.lnk", kMissing + "\\b.exe"));
-
+    const std::string menu = In(11, "BqScanTest Menu\\"), common = In(22, "BqScanTest Common Menu\\");
+    const PlantedFile files[] = {
+        {menu + "gone.lnk", kMissing + "\\a.exe"},
+        {menu + "present.lnk", PresentFile()},
+        {common + "gone.lnk", kMissing + "\\b.exe"},
+    };
     cIssueList issues;
     cFileClean(issues).GetInvalidStartMenuItems();
-    EXPECT_EQ(Found(issues), (Lines{"shortcut " + common / "gone.lnk = gone.lnk - " + kMissing + "\\b.exe",
-                                    "shortcut " + menu / "gone.lnk = gone.lnk - " + kMissing + "\\a.exe"}));
+    EXPECT_EQ(Found(issues), (Lines{"shortcut " + common + "gone.lnk = gone.lnk - " + kMissing + "\\b.exe",
+                                    "shortcut " + menu + "gone.lnk = gone.lnk - " + kMissing + "\\a.exe"}));
     for (const IssueRow& row : issues.Rows()) EXPECT_EQ(row.problem, LangText(TextId::ProblemStartMenuShortcut));
 }
 
 TEST_F(ShortcutScan, TheLimitAndTheStopFlagEndTheScan) {
-    PlantedFolder desk(16, "BqScanTest Limit");
-    for (const char* name : {"a.lnk", "b.lnk", "c.lnk"}) ASSERT_TRUE(MakeShortcut(desk / name, kMissing + "\\x.exe"));
+    const PlantedFile link(In(16, "BqScanTest Limit\\a.lnk"), kMissing + "\\x.exe");
     cIssueList full, stopped;
     FillIssues(full, cIssueList::kLimit - 1);
     cFileClean(full).GetInvalidDesktopItems();

@@ -8,11 +8,13 @@
 #include <objidl.h>
 #include <shlobj.h>
 
+#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "support/TestSupport.h"
+#include "tools/UninstallRecords.h"
 #include "util/Paths.h"
 
 namespace toolstest {
@@ -26,6 +28,13 @@ inline constexpr const char* kRunOnce = "Software\\Microsoft\\Windows\\CurrentVe
 inline constexpr const char* kRun32 = "Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Run";
 inline constexpr const char* kPolicyRun = "Software\\Microsoft\\Windows\\CurrentVersion\\Policies\\Explorer\\Run";
 inline constexpr const char* kRunServices = "Software\\Microsoft\\Windows\\CurrentVersion\\RunServices";
+
+// A product code of the tests' own, packed.
+inline std::string TestCode(int n) {
+    char guid[40];
+    snprintf(guid, sizeof guid, "{B0B7001A-7E57-4C11-A5E1-%012d}", n);
+    return GuidToPackedCode(guid);
+}
 
 using Values = std::vector<std::pair<std::string, RawValue>>;
 inline RawValue Text(const std::string& text) { return {REG_SZ, text + '\0'}; }

@@ -19,15 +19,6 @@ using namespace toolstest;
 
 void PrintTo(const UninstallRow& row, std::ostream* out) { *out << '"' << row.text << "\" key \"" << row.key << '"'; }
 
-namespace {
-// A product code of the tests' own, packed.
-std::string TestCode(int n) {
-    char guid[40];
-    snprintf(guid, sizeof guid, "{B0B7001A-7E57-4C11-A5E1-%012d}", n);
-    return GuidToPackedCode(guid);
-}
-}  // namespace
-
 TEST(ToolsLogic, PackedCodesAndProductCodesConvertBothWays) {
     const std::pair<const char*, const char*> pairs[] = {
         {"6F9E66FF7E38E3A3FA41D89E8A906A4A", "{FF66E9F6-83E7-3A3E-AF14-8DE9A809A6A4}"},

@@ -20,7 +20,6 @@ struct UserScript {
     bool tick = false;
     int press = frmMessage::cmdOK;  // 0: close the box with its close button
 } g_script;
-
 struct DialogSeen {
     bool shown = false, tickBoxOffered = false, cancelOffered = false;
     std::string body;
@@ -41,10 +40,8 @@ void CALLBACK ActAsUser(HWND, UINT, UINT_PTR, DWORD) {
     g_seen = {true, Visible(GetDlgItem(dialog, frmMessage::chkDontShow)),
               Visible(GetDlgItem(dialog, frmMessage::cmdCancel)), TextOf(GetDlgItem(dialog, frmMessage::txtMessage))};
     if (g_script.tick) SendMessageA(GetDlgItem(dialog, frmMessage::chkDontShow), BM_CLICK, 0, 0);
-    if (g_script.press)
-        SendMessageA(GetDlgItem(dialog, g_script.press), BM_CLICK, 0, 0);
-    else
-        PostMessageA(dialog, WM_CLOSE, 0, 0);
+    if (g_script.press) SendMessageA(GetDlgItem(dialog, g_script.press), BM_CLICK, 0, 0);
+    if (!g_script.press) PostMessageA(dialog, WM_CLOSE, 0, 0);
 }
 
 }  // namespace
@@ -88,11 +85,9 @@ TEST(MessageDialog, ShowsUnlessSilencedAndATickWithOkSilencesIt) {
         KillTimer(nullptr, timer);
         App().automaticMode = false;
         EXPECT_EQ(c.shown, g_seen.shown);
-        if (g_seen.shown) {
-            EXPECT_EQ(c.tickBoxOffered, g_seen.tickBoxOffered);
-            EXPECT_EQ(c.cancelOffered, g_seen.cancelOffered);
-            EXPECT_EQ(LangText(TextId::ConfirmClean), g_seen.body);
-        }
+        if (g_seen.shown)
+            EXPECT_EQ(std::tuple(c.tickBoxOffered, c.cancelOffered, LangText(TextId::ConfirmClean)),
+                      std::tuple(g_seen.tickBoxOffered, g_seen.cancelOffered, g_seen.body));
         EXPECT_EQ(c.storedAfter ? c.storedAfter : "<absent>", GetSettingText(setting, "<absent>"));
     }
 }

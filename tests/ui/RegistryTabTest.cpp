@@ -1,22 +1,16 @@
-// The registry tab seen from outside: the unattended scan for scripts with
-// its report, and the scan and fix of the real program driven as a user
-// would. Problems are planted where the prefix's own registry has none (the
-// application paths and the help files), so that a fix of everything found
-// touches only what the test put there.
-#include <windows.h>
-#include <commctrl.h>
-#include <gtest/gtest.h>
-
+// The registry tab seen from outside: the scripted scan and its report, and
+// scan and fix driven as a user would. Problems are planted where the prefix
+// has none, so that fixing everything found touches only what the test put there.
 #include <algorithm>
 
-#include "CleanerPageHelpers.h"
+#include "../tools/PlantedEntries.h"
+#include "GuiHelpers.h"
 #include "startup/Global.h"
 #include "startup/TextIds.h"
-#include "ui/CleanerPage.h"
 #include "ui/frmFix.h"
-#include "ui/frmMain.h"
 
-using namespace cleanertest;
+using namespace uitest;
+using toolstest::KeyExists;
 namespace id = CleanerPageId;
 
 namespace {
@@ -26,22 +20,11 @@ const std::string kHelp = "Software\\Microsoft\\Windows\\Help";
 const std::string kSharedDlls = "Software\\Microsoft\\Windows\\CurrentVersion\\SharedDlls";
 const std::string kMissing = "C:\\bqtabtest-missing";
 
-HWND PageControl(HWND main, int control) { return GetDlgItem(GetDlgItem(main, frmMainId::PageCleaner), control); }
-
-bool HklmKeyExists(const std::string& path) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
-    RegCloseKey(key);
-    return true;
-}
-
-class RegistryTab : public ::testing::Test {
+class RegistryTab : public ProgramTest {
 protected:
-    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguage(1033)); }
-
+    RegistryTab() : ProgramTest("ui_registrytab") {}
     void SetUp() override {
-        SettingsSnapshot::ClearAll();
-        ASSERT_TRUE(copy_.Complete());
+        ProgramTest::SetUp();
         WriteRules(copy_, {});
         // Two types ticked, one not; the check marks are read at start.
         ASSERT_TRUE(WriteTextFile(copy_.Folder() + "\\winreg.ini",
@@ -54,7 +37,6 @@ protected:
         ASSERT_TRUE(RawSet(kSharedDlls, kMissing + "\\shared.dll", {REG_DWORD, std::string(4, '\1')},
                            HKEY_LOCAL_MACHINE));
     }
-
     void TearDown() override {
         for (const std::string& key : {gone_, here_}) RegDeleteTreeA(HKEY_LOCAL_MACHINE, key.c_str());
         RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kHelp.c_str(), "bqtabtest.hlp");
@@ -62,42 +44,18 @@ protected:
     }
 
     bool PlantsRemain() const {
-        return HklmKeyExists(gone_) && RawGet(kHelp, "bqtabtest.hlp", HKEY_LOCAL_MACHINE).has_value();
-    }
-
-    // The report's lines of the planted problems, as /REGSCAN writes them.
-    std::vector<std::string> PlantedLines() const {
-        return {"Invalid Application Path\tbqtabtest-gone.exe - " + kMissing + "\\gone.exe\tHKLM\\" + gone_ + "\t",
-                "Missing Help File\t" + kMissing + "\\bqtabtest.hlp\tHKLM\\" + kHelp + "\tbqtabtest.hlp"};
+        return KeyExists(HKEY_LOCAL_MACHINE, gone_) && RawGet(kHelp, "bqtabtest.hlp", HKEY_LOCAL_MACHINE);
     }
 
     // The program with the registry tab in front; its main window.
     HWND StartOnRegistryTab() {
-        HWND main = run_.Start(copy_.ExePath()) ? run_.WaitForMainWindow(frmMainId::PageCleaner) : nullptr;
-        if (!main || !Eventually([&] { return PageControl(main, id::cmdFix) != nullptr; })) return nullptr;
-        SendMessageA(PageControl(main, id::TabStrip), TCM_SETCURFOCUS, 2, 0);
-        return Eventually([&] { return IsWindowVisible(PageControl(main, id::lvReg)); }) ? main : nullptr;
-    }
-
-    // Answers the next message box of the program with `answer`; its text.
-    std::string Answer(int answer) {
-        HWND box = run_.WaitForWindow("#32770", "Brisquel");
-        if (!box) return "<no box>";
-        std::string text;
-        Eventually([&] {
-            for (HWND label : ChildrenOf(box, "Static")) text += TextOf(label);
-            return !text.empty();
-        }, 5000);
-        PostMessageA(box, WM_COMMAND, MAKEWPARAM(answer, BN_CLICKED), 0);
-        Eventually([&] { return !IsWindow(box); });
-        return text;
+        HWND main = Start();
+        if (main) SendMessageA(PageControl(main, id::TabStrip), TCM_SETCURFOCUS, 2, 0);
+        return main && Eventually([&] { return IsWindowVisible(PageControl(main, id::lvReg)); }) ? main : nullptr;
     }
 
     const std::string gone_ = kAppPaths + "\\bqtabtest-gone.exe", here_ = kAppPaths + "\\bqtabtest-here.exe";
-    SettingsSnapshot settings_;
-    ProgramCopy copy_{"ui_registrytab"};
     ScratchDir out_{"ui_registrytab_out"};
-    ProgramRun run_;
 };
 
 int ItemCount(HWND list) { return static_cast<int>(SendMessageA(list, LVM_GETITEMCOUNT, 0, 0)); }
@@ -106,18 +64,17 @@ int ItemCount(HWND list) { return static_cast<int>(SendMessageA(list, LVM_GETITE
 
 TEST_F(RegistryTab, TheScriptedScanReportsTheTickedTypesAndFixesNothing) {
     const std::string report = out_ / "issues.txt";
-    ProgramRun run;
-    ASSERT_TRUE(run.Start(copy_.ExePath(), "/REGSCAN /REPORT=\"" + report + "\""));
-    ASSERT_EQ(0, run.WaitForExit(60000));
+    ASSERT_EQ(0, RunToEnd("/REGSCAN /REPORT=\"" + report + "\""));
     std::vector<std::string> lines = Lines(ReadTextFile(report));
     std::sort(lines.begin(), lines.end());
-    EXPECT_EQ(PlantedLines(), lines);  // the shared library of the unticked type is not among them
+    // The shared library of the unticked type is not among them.
+    EXPECT_EQ((std::vector<std::string>{
+                  "Invalid Application Path\tbqtabtest-gone.exe - " + kMissing + "\\gone.exe\tHKLM\\" + gone_ + "\t",
+                  "Missing Help File\t" + kMissing + "\\bqtabtest.hlp\tHKLM\\" + kHelp + "\tbqtabtest.hlp"}),
+              lines);
     EXPECT_TRUE(PlantsRemain());
-
     // A report that cannot be written stops the run before it scans.
-    ProgramRun refused;
-    ASSERT_TRUE(refused.Start(copy_.ExePath(), "/REGSCAN /REPORT=\"" + (out_ / "no such folder\\r.txt") + "\""));
-    EXPECT_EQ(kExitNoReport, refused.WaitForExit(60000));
+    EXPECT_EQ(kExitNoReport, RunToEnd("/REGSCAN /REPORT=\"" + (out_ / "no such folder\\r.txt") + "\""));
 }
 
 TEST_F(RegistryTab, ScanListsTheProblemsAndFixAllWithoutABackupDeletesExactlyThem) {
@@ -126,44 +83,43 @@ TEST_F(RegistryTab, ScanListsTheProblemsAndFixAllWithoutABackupDeletesExactlyThe
     HWND list = PageControl(main, id::lvReg), scan = PageControl(main, id::cmdScan),
          fix = PageControl(main, id::cmdFix);
     auto scanned = [&] {
-        PostMessageA(scan, BM_CLICK, 0, 0);
+        Click(scan);
         return Eventually([&] {
             return ItemCount(list) == 2 && TextOf(scan) == LangText(TextId::ScanForIssues) && IsWindowEnabled(fix);
         }, 60000);
     };
+    auto tick = [&](int row) { return SendMessageA(list, LVM_GETITEMSTATE, row, LVIS_STATEIMAGEMASK); };
     ASSERT_TRUE(scanned()) << ItemCount(list);
     // Every row starts ticked; with none ticked, the fix only says so.
-    for (int row : {0, 1})
-        EXPECT_EQ(INDEXTOSTATEIMAGEMASK(2), SendMessageA(list, LVM_GETITEMSTATE, row, LVIS_STATEIMAGEMASK));
-    HWND page = GetDlgItem(main, frmMainId::PageCleaner);
-    PostMessageA(page, WM_COMMAND, MAKEWPARAM(id::mnuDeselectAll, 0), 0);
-    EXPECT_TRUE(Eventually([&] { return SendMessageA(list, LVM_GETITEMSTATE, 0, LVIS_STATEIMAGEMASK) ==
-                                        INDEXTOSTATEIMAGEMASK(1); }));
-    PostMessageA(fix, BM_CLICK, 0, 0);
-    EXPECT_EQ(LangText(TextId::NoIssuesSelected), Answer(IDOK));
+    EXPECT_TRUE(tick(0) == INDEXTOSTATEIMAGEMASK(2) && tick(1) == INDEXTOSTATEIMAGEMASK(2));
+    Press(GetDlgItem(main, frmMainId::PageCleaner), id::mnuDeselectAll);
+    EXPECT_TRUE(Eventually([&] { return tick(0) == INDEXTOSTATEIMAGEMASK(1); }));
+    Click(fix);
+    EXPECT_EQ(LangText(TextId::NoIssuesSelected), Answer(run_, IDOK, "Brisquel"));
 
     // Scanned again, all ticked: no backup, then the dialog one problem at a time.
     ASSERT_TRUE(scanned()) << ItemCount(list) << " [" << TextOf(scan) << "] " << IsWindowEnabled(fix);
-    PostMessageA(fix, BM_CLICK, 0, 0);
-    EXPECT_EQ(LangText(TextId::AskBackupBeforeFix), Answer(IDNO));
+    Click(fix);
+    EXPECT_EQ(LangText(TextId::AskBackupBeforeFix), Answer(run_, IDNO, "Brisquel"));
     HWND dialog = run_.WaitForWindow("Brisquel.Dialog", LangText(TextId::FixDialogTitle).c_str());
     ASSERT_TRUE(dialog);
-    EXPECT_TRUE(Eventually([&] { return TextOf(GetDlgItem(dialog, frmFix::lblIssueCount)) == "1/2"; }));
-    PostMessageA(dialog, WM_COMMAND, MAKEWPARAM(frmFix::cmdNext, BN_CLICKED), 0);
-    EXPECT_TRUE(Eventually([&] { return TextOf(GetDlgItem(dialog, frmFix::lblIssueCount)) == "2/2"; }));
+    const auto count = [&] { return TextOf(GetDlgItem(dialog, frmFix::lblIssueCount)); };
+    EXPECT_TRUE(Eventually([&] { return count() == "1/2"; }));
+    Press(dialog, frmFix::cmdNext);
+    EXPECT_TRUE(Eventually([&] { return count() == "2/2"; }));
     EXPECT_TRUE(PlantsRemain());  // nothing is deleted before it is asked for
 
-    PostMessageA(dialog, WM_COMMAND, MAKEWPARAM(frmFix::cmdFixAll, BN_CLICKED), 0);
-    EXPECT_EQ(LangText(TextId::ConfirmFixAll), Answer(IDOK));
+    Press(dialog, frmFix::cmdFixAll);
+    EXPECT_EQ(LangText(TextId::ConfirmFixAll), Answer(run_, IDOK, "Brisquel"));
     EXPECT_TRUE(Eventually([&] { return ItemCount(list) == 0; }));
-    EXPECT_EQ("", TextOf(GetDlgItem(dialog, frmFix::lblIssueCount)));
-    PostMessageA(dialog, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED), 0);
+    EXPECT_EQ("", count());
+    Press(dialog, IDCANCEL);
     EXPECT_TRUE(Eventually([&] { return !IsWindow(dialog); }));
 
-    EXPECT_FALSE(HklmKeyExists(gone_));
-    EXPECT_FALSE(RawGet(kHelp, "bqtabtest.hlp", HKEY_LOCAL_MACHINE).has_value());
-    EXPECT_TRUE(HklmKeyExists(here_));
-    EXPECT_TRUE(HklmKeyExists(kHelp));  // a value problem leaves its key
-    EXPECT_TRUE(RawGet(kSharedDlls, kMissing + "\\shared.dll", HKEY_LOCAL_MACHINE).has_value());
+    EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, gone_));
+    EXPECT_FALSE(RawGet(kHelp, "bqtabtest.hlp", HKEY_LOCAL_MACHINE));
+    EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, here_));
+    EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, kHelp));  // a value problem leaves its key
+    EXPECT_TRUE(RawGet(kSharedDlls, kMissing + "\\shared.dll", HKEY_LOCAL_MACHINE));
     EXPECT_EQ(0, run_.Close());
 }

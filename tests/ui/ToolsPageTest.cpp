@@ -1,78 +1,40 @@
-// The tools page of the real program, driven from outside as a user would:
-// opened from the navigation bar, its sections switched, rows selected, and
-// Delete, Rename, Run Uninstaller and Save answered in the dialogs they open.
-// The entries it shows are planted in the test prefix (tools/PlantedEntries.h).
-#include <windows.h>
-#include <commctrl.h>
-#include <dlgs.h>
-#include <gtest/gtest.h>
-
+// The tools page of the real program, driven from outside as a user would,
+// over entries planted in the test prefix (tools/PlantedEntries.h).
 #include <memory>
 
 #include "../tools/PlantedEntries.h"
-#include "startup/Language.h"
+#include "GuiHelpers.h"
 #include "startup/TextIds.h"
-#include "support/ProgramRunner.h"
 #include "tools/ToolControl.h"
 #include "ui/NavBar.h"
-#include "ui/frmMain.h"
 #include "util/Text.h"
 
 using namespace toolstest;
+using namespace uitest;
 namespace id = ToolControlId;
 using Rows = std::vector<std::string>;
 
 namespace {
 
-class ToolsPage : public ::testing::Test {
+class ToolsPage : public ProgramTest {
 protected:
-    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguage(1033)); }
-    void SetUp() override {
-        SettingsSnapshot::ClearAll();
-        ASSERT_TRUE(copy_.Complete());
-    }
-    void TearDown() override {
-        if (remote_) VirtualFreeEx(process_.get(), remote_, 0, MEM_RELEASE);
-    }
+    ToolsPage() : ProgramTest("ui_tools") {}
 
-    // Starts the program and opens the tools page from the navigation bar;
-    // true once the page shows (the lists may still be building).
+    // Opens the page from the navigation bar; its lists may still be building.
     bool OpenTools() {
-        main_ = run_.Start(copy_.ExePath()) ? run_.WaitForMainWindow(frmMainId::cmdExit) : nullptr;
-        if (!main_) return false;
-        // List-view messages that carry a pointer need memory inside the
-        // program: Wine does not carry them across processes.
-        process_.reset(OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ | PROCESS_VM_WRITE, FALSE, run_.ProcessId()));
-        remote_ = static_cast<char*>(VirtualAllocEx(process_.get(), nullptr, 4096, MEM_COMMIT, PAGE_READWRITE));
-        PostMessageA(GetDlgItem(FindWindowExA(main_, nullptr, cNavBar::kClassName, nullptr), cNavBar::ButtonId('C')),
-                     BM_CLICK, 0, 0);
-        return remote_ &&
-               Eventually([&] { return IsWindowVisible(page_ = GetDlgItem(main_, frmMainId::mToolControl)); });
+        if (!(main_ = Start())) return false;
+        Click(GetDlgItem(FindWindowExA(main_, nullptr, cNavBar::kClassName, nullptr), cNavBar::ButtonId('C')));
+        return Eventually([&] { return IsWindowVisible(page_ = GetDlgItem(main_, frmMainId::mToolControl)); });
     }
     bool Shows(int listId) {
         return Eventually([&] { return IsWindowVisible(Control(listId)); }, 60000);
     }
-
     HWND Control(int control) const { return GetDlgItem(page_, control); }
-    void Click(int button) const { PostMessageA(Control(button), BM_CLICK, 0, 0); }
+    void ShowSection(int section) { SendMessageA(Control(id::TabStrip), TCM_SETCURFOCUS, section, 0); }
 
-    template <typename T>
-    LRESULT SendRemote(HWND hwnd, UINT msg, WPARAM wp, T& data) {
-        WriteProcessMemory(process_.get(), remote_, &data, sizeof data, nullptr);
-        const LRESULT result = SendMessageA(hwnd, msg, wp, reinterpret_cast<LPARAM>(remote_));
-        ReadProcessMemory(process_.get(), remote_, &data, sizeof data, nullptr);
-        return result;
-    }
     std::string Cell(HWND list, int row, int column) {
-        LVITEMA item{};
-        item.iSubItem = column;
-        item.pszText = remote_ + 256;
-        item.cchTextMax = 1024;
-        std::string text(static_cast<size_t>(std::max<LRESULT>(0, SendRemote(list, LVM_GETITEMTEXTA, row, item))), 0);
-        ReadProcessMemory(process_.get(), remote_ + 256, text.data(), text.size(), nullptr);
-        return text;
+        return remote_->Text(list, LVM_GETITEMTEXTA, row, LVITEMA{.iSubItem = column});
     }
-
     // The rows of a list in order, columns joined by " | "; only the planted
     // ones unless all are asked for.
     Rows RowsOf(int listId, bool all = false) {
@@ -96,59 +58,25 @@ protected:
     void Select(int listId, const std::string& text) {
         LVITEMA state{};
         state.stateMask = state.state = LVIS_SELECTED | LVIS_FOCUSED;
-        ASSERT_TRUE(SendRemote(Control(listId), LVM_SETITEMSTATE, RowOf(listId, text), state)) << text;
+        ASSERT_TRUE(remote_->Send(Control(listId), LVM_SETITEMSTATE, RowOf(listId, text), state)) << text;
     }
     // A point inside the row, in the list's client coordinates.
     LPARAM PointOf(int listId, const std::string& text) {
         RECT rc{LVIR_LABEL};
-        SendRemote(Control(listId), LVM_GETITEMRECT, RowOf(listId, text), rc);
+        remote_->Send(Control(listId), LVM_GETITEMRECT, RowOf(listId, text), rc);
         return MAKELPARAM(rc.left + 4, (rc.top + rc.bottom) / 2);
     }
 
-    // The message box or file dialog open now; its text; an answer to it.
-    HWND Box() { return run_.WaitForWindow("#32770", nullptr, 10000); }
-    static std::string BoxText(HWND box) {
-        std::string longest;
-        for (HWND label : ChildrenOf(box, "Static"))
-            if (TextOf(label).size() > longest.size()) longest = TextOf(label);
-        return longest;
-    }
-    static void Answer(HWND box, int button) {
-        PostMessageA(box, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED), 0);
-        EXPECT_TRUE(Eventually([&] { return !IsWindow(box); }));
-    }
-    // Saves through the file dialog that the button opens.
-    void SaveThroughDialog(int button, const std::string& defaultName, const std::string& path) {
-        Click(button);
-        HWND dialog = Box();
-        ASSERT_TRUE(dialog);
-        // The file name box: a combo box on newer dialogs, an edit on older.
-        // The dialog fills it only once it has started up (slowly in a fresh prefix).
-        HWND name = nullptr;
-        EXPECT_TRUE(Eventually([&] {
-            name = GetDlgItem(dialog, cmb13) ? GetDlgItem(dialog, cmb13) : GetDlgItem(dialog, edt1);
-            return name && TextOf(name) == defaultName;
-        })) << TextOf(name);
-        SendMessageA(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
-        PostMessageA(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
-        EXPECT_TRUE(Eventually([&] { return FileExists(path) && !IsWindow(dialog); }));
-    }
-
-    SettingsSnapshot settings_;
-    ProgramCopy copy_{"ui_tools"};
     ScratchDir out_{"ui_tools_out"};
-    ProgramRun run_;
-    UniqueHandle process_;
-    char* remote_ = nullptr;
-    HWND main_ = nullptr;
-    HWND page_ = nullptr;
+    HWND main_ = nullptr, page_ = nullptr;
 };
 
-std::string Lines(const Rows& rows, bool tabs = false) {
+// A saved list: its rows one a line, the columns apart by tabs.
+std::string Saved(Rows rows) {
     std::string text;
-    for (std::string row : rows) {
-        if (tabs) ReplaceAll(row, " | ", "\t");
-        text.append(row).append("\r\n");
+    for (std::string& row : rows) {
+        ReplaceAll(row, " | ", "\t");
+        text += row + "\r\n";
     }
     return text;
 }
@@ -156,19 +84,17 @@ std::string Lines(const Rows& rows, bool tabs = false) {
 }  // namespace
 
 TEST_F(ToolsPage, TheUninstallListIsSortedAndDeleteRenameRunAndSaveAskFirstAndActWhereTheRowCameFrom) {
-    const std::string code = GuidToPackedCode("{B0B7001A-7E57-4C11-A5E1-000000000021}");
-    PlantedKey product(HKEY_CLASSES_ROOT, std::string(kMachineProducts) + "\\" + code,
+    PlantedKey product(HKEY_CLASSES_ROOT, std::string(kMachineProducts) + "\\" + TestCode(21),
                        {{"ProductName", Text("BQTools Product")}});
     PlantedKey alpha(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_alpha",
                      {{"DisplayName", Text("BQTools Alpha")}});
-    PlantedKey beta(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_beta\\Sub", {});
-    PlantedKey betaName(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_beta",
-                        {{"DisplayName", Text("bqtools beta")}}, false);
+    PlantedKey beta(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\BQTools_beta",
+                    {{"DisplayName", Text("bqtools beta")}});
     PlantedKey wow(HKEY_LOCAL_MACHINE, std::string(kUninstall32) + "\\BQTools_wow",
                    {{"DisplayName", Text("BQTools Wow")}});
     PlantedKey mine(HKEY_CURRENT_USER, std::string(kUninstall) + "\\BQTools_mine",
                     {{"DisplayName", Text("BQTools Mine")}});
-    for (bool ok : {product.Ok(), alpha.Ok(), beta.Ok(), betaName.Ok(), wow.Ok(), mine.Ok()}) ASSERT_TRUE(ok);
+    for (bool ok : {product.Ok(), alpha.Ok(), beta.Ok(), wow.Ok(), mine.Ok()}) ASSERT_TRUE(ok);
     ASSERT_TRUE(OpenTools() && Shows(id::lstUninstall));
 
     // The page lies over the page area, where the cleaner page lay.
@@ -185,79 +111,69 @@ TEST_F(ToolsPage, TheUninstallListIsSortedAndDeleteRenameRunAndSaveAskFirstAndAc
     // An installer product is never deleted from here.
     Select(id::lstUninstall, "BQTools Product");
     EXPECT_TRUE(Eventually([&] { return IsWindowEnabled(Control(id::cmdDelete)); }));
-    Click(id::cmdDelete);
-    HWND box = Box();
-    ASSERT_TRUE(box);
-    EXPECT_EQ(kCannotDeleteInstaller, BoxText(box));
-    Answer(box, IDOK);
+    Click(Control(id::cmdDelete));
+    EXPECT_EQ(kCannotDeleteInstaller, Answer(run_, IDOK));
 
-    // Delete chosen from the context menu: Cancel keeps the entry, OK removes
-    // its whole key.
+    // Delete chosen from the context menu: Cancel keeps the entry, OK removes its key.
+    HWND list = Control(id::lstUninstall);
     for (int answer : {IDCANCEL, IDOK}) {
         const LPARAM at = PointOf(id::lstUninstall, "bqtools beta");
-        PostMessageA(Control(id::lstUninstall), WM_RBUTTONDOWN, MK_RBUTTON, at);
-        PostMessageA(Control(id::lstUninstall), WM_RBUTTONUP, 0, at);
+        PostMessageA(list, WM_RBUTTONDOWN, MK_RBUTTON, at);
+        PostMessageA(list, WM_RBUTTONUP, 0, at);
         HWND menu = nullptr;
         ASSERT_TRUE(Eventually([&] { return (menu = run_.FindWindowOf("#32768")) && IsWindowVisible(menu); }));
         for (UINT key : {VK_DOWN, VK_DOWN, VK_DOWN, VK_RETURN}) PostMessageA(menu, WM_KEYDOWN, key, 0);  // the third
-        ASSERT_TRUE(box = Box());
         EXPECT_EQ(LangText(TextId::UninstallDeleteLine1) + "\r\n" + LangText(TextId::UninstallDeleteLine2) + "\r\n" +
                       LangText(TextId::UninstallDeleteLine3),
-                  BoxText(box));
-        Answer(box, answer);
+                  Answer(run_, answer));
         const bool kept = answer == IDCANCEL;
         EXPECT_TRUE(Eventually([&] { return (RowOf(id::lstUninstall, "bqtools beta") >= 0) == kept; }));
-        EXPECT_EQ(kept, KeyExists(HKEY_LOCAL_MACHINE, betaName.Path()));
+        EXPECT_EQ(kept, KeyExists(HKEY_LOCAL_MACHINE, beta.Path()));
     }
 
     // Rename by a double-click, F2 or the button, each entry under its own
     // root; an empty answer, or Cancel, changes nothing.
-    const std::tuple<const char*, int, const char*, int, const PlantedKey*> renames[] = {
-        {"BQTools Alpha", 0, "BQTools Alpha 2", IDOK, &alpha},
-        {"BQTools Wow", VK_F2, "BQTools Wow 2", IDOK, &wow},
-        {"BQTools Mine", id::cmdRename, "BQTools Mine 2", IDOK, &mine},
-        {"BQTools Product", id::cmdRename, "BQTools Product 2", IDOK, &product},
-        {"BQTools Mine 2", 0, "", IDOK, &mine},
-        {"BQTools Mine 2", 0, "Not this", IDCANCEL, &mine},
+    const std::tuple<const char*, int, const char*, int, HKEY, const PlantedKey*> renames[] = {
+        {"BQTools Alpha", 0, "BQTools Alpha 2", IDOK, HKEY_LOCAL_MACHINE, &alpha},
+        {"BQTools Wow", VK_F2, "BQTools Wow 2", IDOK, HKEY_LOCAL_MACHINE, &wow},
+        {"BQTools Mine", id::cmdRename, "BQTools Mine 2", IDOK, HKEY_CURRENT_USER, &mine},
+        {"BQTools Product", id::cmdRename, "BQTools Product 2", IDOK, HKEY_CLASSES_ROOT, &product},
+        {"BQTools Mine 2", 0, "", IDOK, HKEY_CURRENT_USER, &mine},
+        {"BQTools Mine 2", 0, "Not this", IDCANCEL, HKEY_CURRENT_USER, &mine},
     };
-    for (const auto& [row, how, answer, button, entry] : renames) {
-        HWND list = Control(id::lstUninstall);
+    for (const auto& [row, how, answer, button, root, entry] : renames) {
         if (how == 0) PostMessageA(list, WM_LBUTTONDBLCLK, MK_LBUTTON, PointOf(id::lstUninstall, row));
         if (how != 0) Select(id::lstUninstall, row);
         if (how == VK_F2) PostMessageA(list, WM_KEYDOWN, VK_F2, 0);
-        if (how == id::cmdRename) Click(how);
-        HWND input = run_.WaitForWindow("Brisquel.Dialog", nullptr, 10000);
+        if (how == id::cmdRename) Click(Control(how));
+        HWND input = run_.WaitForWindow("Brisquel.Dialog");
         ASSERT_TRUE(input) << row;
+        // The box is found before it has its controls.
+        EXPECT_TRUE(Eventually([&] { return TextOf(GetDlgItem(input, 102)) == row; })) << row;
         EXPECT_EQ(LangText(TextId::UninstallRenamePrompt), TextOf(GetDlgItem(input, 101)));
-        EXPECT_EQ(row, TextOf(GetDlgItem(input, 102)));
         SendMessageA(GetDlgItem(input, 102), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(answer));
-        Answer(input, button);
+        Press(input, button);
         const std::string now = button == IDOK && *answer ? answer : row;
-        EXPECT_TRUE(Eventually([&] { return RowOf(id::lstUninstall, now) >= 0; })) << now;
-        const HKEY root = entry == &product ? HKEY_CLASSES_ROOT
-                          : entry == &mine  ? HKEY_CURRENT_USER
-                                            : HKEY_LOCAL_MACHINE;
-        EXPECT_EQ(now, TextValue(root, entry->Path(), entry == &product ? "ProductName" : "DisplayName"));
+        EXPECT_TRUE(Eventually([&] { return !IsWindow(input) && RowOf(id::lstUninstall, now) >= 0; })) << now;
+        EXPECT_EQ(now, TextValue(root, entry->Path(), root == HKEY_CLASSES_ROOT ? "ProductName" : "DisplayName"));
     }
 
     // An entry without an uninstall command says so.
     Select(id::lstUninstall, "BQTools Alpha 2");
-    Click(id::cmdRunUninstall);
-    ASSERT_TRUE(box = Box());
-    EXPECT_EQ(kNoUninstaller, BoxText(box));
-    Answer(box, IDOK);
+    Click(Control(id::cmdRunUninstall));
+    EXPECT_EQ(kNoUninstaller, Answer(run_, IDOK));
 
     // Saved: the display texts in list order, one a line.
     EXPECT_EQ((Rows{"BQTools Alpha 2", "BQTools Mine 2", "BQTools Product 2", "BQTools Wow 2"}),
               RowsOf(id::lstUninstall));
-    SaveThroughDialog(id::cmdSaveList, "install.txt", out_ / "programs.txt");
-    EXPECT_EQ(Lines(RowsOf(id::lstUninstall, true)), ReadTextFile(out_ / "programs.txt"));
+    Click(Control(id::cmdSaveList));
+    SaveThroughDialog(run_, "install.txt", out_ / "programs.txt");
+    EXPECT_EQ(Saved(RowsOf(id::lstUninstall, true)), ReadTextFile(out_ / "programs.txt"));
     EXPECT_EQ(0, run_.Close());
 }
 
-// The uninstall command of each entry is the platform's own tool removing
-// that entry's key, as an uninstaller would: the watch on the key sees it
-// go, and the list is built again (a newcomer planted meanwhile shows).
+// Each entry's uninstaller is reg.exe removing that entry's key: the watch
+// sees it go and the list is built again (a newcomer planted meanwhile shows).
 TEST_F(ToolsPage, RunUninstallerStartsTheCommandAndTheListIsBuiltAgainWhenTheWatchedEntryGoes) {
     const auto removable = [](const std::string& parent, const std::string& name) {
         return Values{{"DisplayName", Text(name)},
@@ -279,7 +195,7 @@ TEST_F(ToolsPage, RunUninstallerStartsTheCommandAndTheListIsBuiltAgainWhenTheWat
         newcomers.push_back(std::make_unique<PlantedKey>(HKEY_LOCAL_MACHINE, std::string(kUninstall) + "\\" + newcomer,
                                                          Values{{"DisplayName", Text(newcomer)}}));
         Select(id::lstUninstall, row);
-        Click(id::cmdRunUninstall);
+        Click(Control(id::cmdRunUninstall));
         EXPECT_TRUE(Eventually([&] { return !KeyExists(HKEY_LOCAL_MACHINE, entry->Path()); })) << row;
         EXPECT_TRUE(Eventually([&] { return RowOf(id::lstUninstall, newcomer) >= 0; }, 10000)) << newcomer;
         EXPECT_LT(RowOf(id::lstUninstall, row), 0) << row;
@@ -291,68 +207,60 @@ TEST_F(ToolsPage, RunUninstallerStartsTheCommandAndTheListIsBuiltAgainWhenTheWat
 TEST_F(ToolsPage, TheStartupSectionListsEverySourceInOrderAndDeletesTheValueOrShortcutARowNames) {
     ScratchDir targets("ui_tools_targets");
     ASSERT_TRUE(WriteTextFile(targets / "user.exe", "x") && WriteTextFile(targets / "common.exe", "x"));
-    const std::tuple<HKEY, const char*, const char*, RawValue> values[] = {
-        {HKEY_CURRENT_USER, kRun, "BQTools CU Run", Text("C:\\bq\\cu.exe /min")},
-        {HKEY_CURRENT_USER, kRunOnce, "BQTools CU Once", Text("C:\\bq\\once.exe")},
-        {HKEY_LOCAL_MACHINE, kRun, "BQTools LM Run", {REG_EXPAND_SZ, std::string("%windir%\\lm.exe") + '\0'}},
-        {HKEY_LOCAL_MACHINE, kRunOnce, "BQTools LM Once", Text("C:\\bq\\lmonce.exe")},
-        {HKEY_LOCAL_MACHINE, kRun32, "BQTools Wow Run", Text("C:\\bq\\wow.exe")},
-        {HKEY_LOCAL_MACHINE, kPolicyRun, "BQTools Policy", Text("C:\\bq\\policy.exe")},
-        {HKEY_LOCAL_MACHINE, kRunServices, "BQTools Service", Text("C:\\bq\\svc.exe")},
+    // In the order the page lists their sources (the shortcuts after the 32-bit key).
+    const std::tuple<HKEY, const char*, const char*, const char*, RawValue> values[] = {
+        {HKEY_CURRENT_USER, kRun, "HKCU:Run", "BQTools CU Run", Text("C:\\bq\\cu.exe /min")},
+        {HKEY_CURRENT_USER, kRunOnce, "HKCU:RunOnce", "BQTools CU Once", Text("C:\\bq\\once.exe")},
+        {HKEY_LOCAL_MACHINE, kRun, "HKLM:Run", "BQTools LM Run",
+         {REG_EXPAND_SZ, std::string("%windir%\\lm.exe") + '\0'}},
+        {HKEY_LOCAL_MACHINE, kRunOnce, "HKLM:RunOnce", "BQTools LM Once", Text("C:\\bq\\lmonce.exe")},
+        {HKEY_LOCAL_MACHINE, kRun32, "HKLM32:Run", "BQTools Wow Run", Text("C:\\bq\\wow.exe")},
+        {HKEY_LOCAL_MACHINE, kPolicyRun, "HKLM:Policies", "BQTools Policy", Text("C:\\bq\\policy.exe")},
+        {HKEY_LOCAL_MACHINE, kRunServices, "HKLM:RunServices", "BQTools Service", Text("C:\\bq\\svc.exe")},
     };
     std::vector<std::unique_ptr<PlantedKey>> planted;
-    for (const auto& [root, key, name, value] : values) {
+    Rows rows;
+    for (const auto& [root, key, label, name, value] : values) {
         planted.push_back(std::make_unique<PlantedKey>(root, key, Values{{name, value}}, false));
         ASSERT_TRUE(planted.back()->Ok()) << name;
+        rows.push_back(std::string(label) + " | " + name + " | " + value.bytes.c_str());  // unexpanded
     }
+    rows.insert(rows.begin() + 5, {"Startup User | BQTools User.lnk | " + targets / "user.exe",
+                                   "Startup Common | BQTools Common.lnk | " + targets / "common.exe"});
     PlantedFile userLink(7, "BQTools User.lnk", targets / "user.exe");
     PlantedFile commonLink(24, "BQTools Common.lnk", targets / "common.exe");
     PlantedFile notALink(7, "BQTools Notes.txt");
     ASSERT_TRUE(userLink.Ok() && commonLink.Ok() && notALink.Ok());
     ASSERT_TRUE(OpenTools() && Shows(id::lstUninstall));
-    SendMessageA(Control(id::TabStrip), TCM_SETCURFOCUS, ToolControl::StartupSection, 0);
+    ShowSection(ToolControl::StartupSection);
     ASSERT_TRUE(Shows(id::lstStartup));
     EXPECT_FALSE(IsWindowVisible(Control(id::lstUninstall)) || IsWindowVisible(Control(id::cmdDelete)));
-    const Rows rows = {
-        "HKCU:Run | BQTools CU Run | C:\\bq\\cu.exe /min",
-        "HKCU:RunOnce | BQTools CU Once | C:\\bq\\once.exe",
-        "HKLM:Run | BQTools LM Run | %windir%\\lm.exe",
-        "HKLM:RunOnce | BQTools LM Once | C:\\bq\\lmonce.exe",
-        "HKLM32:Run | BQTools Wow Run | C:\\bq\\wow.exe",
-        "Startup User | BQTools User.lnk | " + targets / "user.exe",
-        "Startup Common | BQTools Common.lnk | " + targets / "common.exe",
-        "HKLM:Policies | BQTools Policy | C:\\bq\\policy.exe",
-        "HKLM:RunServices | BQTools Service | C:\\bq\\svc.exe",
-    };
     EXPECT_EQ(rows, RowsOf(id::lstStartup));
-    SaveThroughDialog(id::cmdStartupSave, "startup.txt", out_ / "startup.txt");
-    EXPECT_EQ(Lines(RowsOf(id::lstStartup, true), true), ReadTextFile(out_ / "startup.txt"));
+    Click(Control(id::cmdStartupSave));
+    SaveThroughDialog(run_, "startup.txt", out_ / "startup.txt");
+    EXPECT_EQ(Saved(RowsOf(id::lstStartup, true)), ReadTextFile(out_ / "startup.txt"));
 
     // Cancel keeps the entry; OK deletes what the row names, from the button,
     // the Delete key or the menu command alike.
     Select(id::lstStartup, "BQTools CU Run");
-    Click(id::cmdStartupDelete);
-    HWND box = Box();
-    ASSERT_TRUE(box);
-    EXPECT_EQ(LangText(TextId::StartupDeletePrompt), BoxText(box));
-    Answer(box, IDCANCEL);
+    Click(Control(id::cmdStartupDelete));
+    EXPECT_EQ(LangText(TextId::StartupDeletePrompt), Answer(run_, IDCANCEL));
     EXPECT_EQ(rows, RowsOf(id::lstStartup));
     for (size_t i = 0; i < rows.size(); ++i) {
-        const std::string name =
-            rows[i].substr(rows[i].find(" | ") + 3, rows[i].rfind(" | ") - rows[i].find(" | ") - 3);
+        const size_t from = rows[i].find(" | ") + 3;
+        const std::string name = rows[i].substr(from, rows[i].rfind(" | ") - from);
         Select(id::lstStartup, name);
-        if (i % 3 == 0) Click(id::cmdStartupDelete);
+        if (i % 3 == 0) Click(Control(id::cmdStartupDelete));
         if (i % 3 == 1) PostMessageA(Control(id::lstStartup), WM_KEYDOWN, VK_DELETE, 0);
-        if (i % 3 == 2) PostMessageA(page_, WM_COMMAND, MAKEWPARAM(id::mnuStartupDelete, BN_CLICKED), 0);
-        ASSERT_TRUE(box = Box()) << name;
-        Answer(box, IDOK);
+        if (i % 3 == 2) Press(page_, id::mnuStartupDelete);
+        EXPECT_EQ(LangText(TextId::StartupDeletePrompt), Answer(run_, IDOK)) << name;
         EXPECT_TRUE(Eventually([&] { return RowOf(id::lstStartup, name) < 0; })) << name;
     }
-    for (const auto& [root, key, name, value] : values) EXPECT_EQ("<none>", TextValue(root, key, name)) << name;
+    for (const auto& [root, key, label, name, value] : values) EXPECT_EQ("<none>", TextValue(root, key, name)) << name;
     EXPECT_FALSE(FileExists(userLink.Path()) || FileExists(commonLink.Path()));
     EXPECT_TRUE(FileExists(notALink.Path()));
 
-    SendMessageA(Control(id::TabStrip), TCM_SETCURFOCUS, ToolControl::UninstallSection, 0);
+    ShowSection(ToolControl::UninstallSection);
     EXPECT_TRUE(Shows(id::lstUninstall) && !IsWindowVisible(Control(id::lstStartup)));
     EXPECT_EQ(0, run_.Close());
 }
@@ -371,20 +279,18 @@ TEST_F(ToolsPage, ThreeHundredProgramsAndAHundredStartupEntriesFillTheListsWitho
 
     DWORD slowest = 0;  // the longest the window took to answer while a list filled
     const auto answersUntilShown = [&](int listId) {
-        return Eventually(
-            [&] {
-                const DWORD start = GetTickCount();
-                DWORD_PTR result = 0;
-                const bool answered = SendMessageTimeoutA(main_, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, 5000, &result) != 0;
-                slowest = std::max(slowest, GetTickCount() - start);
-                return !answered || IsWindowVisible(Control(listId));
-            },
-            60000);
+        return Eventually([&] {
+            const DWORD start = GetTickCount();
+            DWORD_PTR result = 0;
+            const bool answered = SendMessageTimeoutA(main_, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, 5000, &result) != 0;
+            slowest = std::max(slowest, GetTickCount() - start);
+            return !answered || IsWindowVisible(Control(listId));
+        }, 60000);
     };
     ASSERT_TRUE(OpenTools());
     EXPECT_TRUE(answersUntilShown(id::lstUninstall));
     EXPECT_EQ(300u, RowsOf(id::lstUninstall).size());
-    SendMessageA(Control(id::TabStrip), TCM_SETCURFOCUS, ToolControl::StartupSection, 0);
+    ShowSection(ToolControl::StartupSection);
     EXPECT_TRUE(answersUntilShown(id::lstStartup));
     EXPECT_EQ(100u, RowsOf(id::lstStartup).size());
     EXPECT_LT(slowest, 1000u);

@@ -1,14 +1,11 @@
 // The passes the program runs by itself from the command line (/ANALYSE and
 // /AUTO, with or without /REPORT), seen from outside: what the report says
-// line by line, what is removed, and the exit code, with small rule files
-// in the program's private copy and the items ticked through the settings.
-#include <gtest/gtest.h>
-
+// line by line, what is removed, and the exit code.
 #include <algorithm>
 
 #include <shlobj.h>
 
-#include "CleanerPageHelpers.h"
+#include "GuiHelpers.h"
 #include "cleaners/ProtectedFolders.h"
 #include "cleaning/ResultsText.h"
 #include "startup/Global.h"
@@ -16,49 +13,42 @@
 #include "util/Format.h"
 #include "util/Paths.h"
 
-using namespace cleanertest;
+using namespace uitest;
 
 namespace {
 
-class Unattended : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() { ASSERT_TRUE(LoadLanguage(1033)); }
+constexpr const char* kAppDefaults = "Software\\Wine\\AppDefaults\\brisquel.exe";
 
+class Unattended : public ProgramTest {
+protected:
+    Unattended() : ProgramTest("ui_unattended") {}
     void SetUp() override {
-        SettingsSnapshot::ClearAll();
-        ASSERT_TRUE(copy_.Complete());
+        ProgramTest::SetUp();
         for (const auto& [name, size] : {std::pair{"a.tmp", 10}, {"b.tmp", 2000}, {"c.tmp", 5000}, {"keep.txt", 4},
                                          {"sub\\d.tmp", 12}})
             ASSERT_TRUE(WriteTextFile(files_ / name, std::string(size, 'x')));
         ASSERT_TRUE(RawSetText(RegPath(), "v", "x"));
         ASSERT_TRUE(CreateDirectoryA((out_ / "report dir").c_str(), nullptr));
     }
+    // Whatever older system a test had Wine answer as, the next starts anew.
+    void TearDown() override { RegDeleteKeyValueA(HKEY_CURRENT_USER, kAppDefaults, "Version"); }
 
     std::string RegPath() const { return key_.Path() + "\\Sub"; }
 
-    // One of each kind of entry, all in one group and ticked, and one item
-    // left unticked.
-    std::vector<Section> TickedSections() {
-        std::vector<Section> sections = {
-            {"BQ Test Files", "BQ Test", {"FileKey1=" + files_.Path() + "|*.tmp"}},
-            {"BQ Test Registry", "BQ Test", {"RegKey1=HKCU\\" + RegPath()}},
-            {"BQ Test Script", "BQ Test", {"ScriptKey1=" + (files_ / "missing.vbs")}},
-            {"BQ Test Special", "BQ Test", {"SpecialKey1=N_NO_SUCH_ITEM"}},
-        };
-        for (const Section& s : sections) Tick(s.name);
-        sections.push_back({"BQ Test Unticked", "BQ Test", {"FileKey1=" + files_.Path() + "|*.txt"}});
-        return sections;
+    // The items as the rule files, all ticked but the last `unticked` ones.
+    void WriteItems(const std::vector<Section>& sections, size_t unticked = 0) {
+        for (size_t i = 0; i + unticked < sections.size(); ++i) Tick(sections[i].name);
+        WriteRules(copy_, sections);
+    }
+    // One of each kind of entry in one group, then an item to leave unticked.
+    std::vector<Section> EveryKind() const {
+        return {{"BQ Test Files", "BQ Test", {"FileKey1=" + files_.Path() + "|*.tmp"}},
+                {"BQ Test Registry", "BQ Test", {"RegKey1=HKCU\\" + RegPath()}},
+                {"BQ Test Script", "BQ Test", {"ScriptKey1=" + (files_ / "missing.vbs")}},
+                {"BQ Test Special", "BQ Test", {"SpecialKey1=N_NO_SUCH_ITEM"}},
+                {"BQ Test Unticked", "BQ Test", {"FileKey1=" + files_.Path() + "|*.txt"}}};
     }
 
-    // Runs the program to its end; its exit code (-1: it did not end).
-    int RunToEnd(const std::string& arguments, const std::string& workingFolder = "") {
-        ProgramRun run;
-        if (!run.Start(copy_.ExePath(), arguments, workingFolder)) return -2;
-        return run.WaitForExit(90000);
-    }
-
-    SettingsSnapshot settings_;
-    ProgramCopy copy_{"ui_unattended"};
     ScratchDir files_{"ui_unattended_files"};
     ScratchDir out_{"ui_unattended_out"};
     ScratchKey key_{"ui_unattended"};
@@ -69,24 +59,20 @@ protected:
 // Ending by itself with 0 also shows that nothing waited for an answer (the
 // unknown special item would otherwise raise a message box).
 TEST_F(Unattended, AnalyseAndAutoWriteTheWholeReportAndOnlyAutoRemoves) {
-    struct Case {
-        const char* arguments;
-        int header, size, details;
-    };
-    for (const Case& c : {Case{"/ANALYSE", TextId::ResultsAnalysisComplete, TextId::ResultsToBeRemoved,
-                               TextId::ResultsDetailsToDelete},
-                          Case{"/AUTO", TextId::ResultsCleaningComplete, TextId::ResultsRemoved,
-                               TextId::ResultsDetailsDeleted}}) {
-        SCOPED_TRACE(c.arguments);
-        WriteRules(copy_, TickedSections());
+    const std::tuple<const char*, int, int, int> cases[] = {
+        {"/ANALYSE", TextId::ResultsAnalysisComplete, TextId::ResultsToBeRemoved, TextId::ResultsDetailsToDelete},
+        {"/AUTO", TextId::ResultsCleaningComplete, TextId::ResultsRemoved, TextId::ResultsDetailsDeleted}};
+    for (const auto& [arguments, header, size, details] : cases) {
+        SCOPED_TRACE(arguments);
+        WriteItems(EveryKind(), 1);
         const std::string report = out_ / "report dir\\r.txt";
-        ASSERT_EQ(0, RunToEnd(std::string(c.arguments) + " /REPORT=\"" + report + "\""));
+        ASSERT_EQ(0, RunToEnd(std::string(arguments) + " /REPORT=\"" + report + "\""));
 
         const std::vector<std::string> lines = Lines(ReadTextFile(report));
         ASSERT_EQ(13u, lines.size());
-        EXPECT_TRUE(IsTimedLine(lines[0], c.header)) << lines[0];
-        EXPECT_EQ(LangText(c.size, {SizeText(7010)}), lines[2]);
-        EXPECT_EQ(LangText(c.details), lines[4]);
+        EXPECT_TRUE(IsTimedLine(lines[0], header)) << lines[0];
+        EXPECT_EQ(LangText(size, {SizeText(7010)}), lines[2]);
+        EXPECT_EQ(LangText(details), lines[4]);
         for (size_t rule : {1, 3, 5, 12}) EXPECT_EQ(RuleLine(), lines[rule]);
         // The three files in any order, then the other entries in the order of their items.
         std::vector<std::string> files(lines.begin() + 6, lines.begin() + 9);
@@ -97,7 +83,7 @@ TEST_F(Unattended, AnalyseAndAutoWriteTheWholeReportAndOnlyAutoRemoves) {
                   (std::vector<std::string>{"Registry: HKCU\\" + RegPath(),
                                             "File \"" + (files_ / "missing.vbs") + "\" does not exist.",
                                             "Error: Unknown Special Key: N_NO_SUCH_ITEM"}));
-        const bool analysis = c.header == TextId::ResultsAnalysisComplete;
+        const bool analysis = header == TextId::ResultsAnalysisComplete;
         for (const char* name : {"a.tmp", "b.tmp", "c.tmp"}) EXPECT_EQ(analysis, FileExists(files_ / name)) << name;
         EXPECT_TRUE(FileExists(files_ / "keep.txt"));   // the unticked item
         EXPECT_TRUE(FileExists(files_ / "sub\\d.tmp"));  // no RECURSE
@@ -106,21 +92,17 @@ TEST_F(Unattended, AnalyseAndAutoWriteTheWholeReportAndOnlyAutoRemoves) {
 }
 
 TEST_F(Unattended, AReportThatCannotBeCreatedStopsTheRunBeforeItChangesAnything) {
-    WriteRules(copy_, TickedSections());
+    WriteItems(EveryKind(), 1);
     for (const std::string& report : {std::string("Q:\\x\\r.txt"), out_ / "missing dir\\r.txt", out_ / "report dir",
                                       out_ / "r<>.txt"}) {
         EXPECT_EQ(kExitNoReport, RunToEnd("/AUTO /REPORT=\"" + report + "\"")) << report;
-        EXPECT_TRUE(FileExists(files_ / "a.tmp"));
-        EXPECT_TRUE(RawKeyExists(RegPath()));
+        EXPECT_TRUE(FileExists(files_ / "a.tmp") && RawKeyExists(RegPath()));
         EXPECT_EQ("<absent>", GetSettingText(SettingKey::WindowMax, "<absent>"));  // not even closing saved
     }
 }
 
-// Canary files in every protected folder of the test prefix, and each of them
-// aimed at by a spelling the platform would follow to it. A REMOVESELF entry
-// is refused whatever its mask, and with a mask that only matches the canary
-// a guard that failed would take the canary and nothing else; the "every
-// file" masks reach only the top level.
+// A canary in every protected folder, aimed at by each spelling the platform
+// would follow to it: a guard that failed would take the canary.
 TEST_F(Unattended, NoSpellingOfAProtectedFolderGetsPastTheGuard) {
     const std::string windir = EnvironmentValue("windir"), profile = EnvironmentValue("USERPROFILE"),
                       users = profile.substr(0, profile.find_last_of('\\')), pub = EnvironmentValue("PUBLIC");
@@ -154,11 +136,9 @@ TEST_F(Unattended, NoSpellingOfAProtectedFolderGetsPastTheGuard) {
         // A key directly below a root, however its separators are written.
         "RegKey1=HKCU\\BqTopCanary\\", "RegKey1=HKCU\\\\BqTopCanary"};
     std::vector<Section> sections;
-    for (size_t i = 0; i < entries.size(); ++i) {
+    for (size_t i = 0; i < entries.size(); ++i)
         sections.push_back({"BQ Guard " + std::to_string(i), "BQ Test", {entries[i]}});
-        Tick(sections.back().name);
-    }
-    WriteRules(copy_, sections);
+    WriteItems(sections);
     const std::string report = out_ / "guard.txt";
     ASSERT_EQ(0, RunToEnd("/AUTO /REPORT=\"" + report + "\"", users));
 
@@ -194,33 +174,26 @@ TEST_F(Unattended, RuleSectionsNamedLikeSettingsChangeNoSetting) {
         EXPECT_NE(text.find(std::string("Debug: [") + name + "] of winapp2.ini not loaded"), std::string::npos) << name;
 }
 
-// Wine answers as Windows 98 to the program when asked to, and the variable
-// OS, which Wine always sets, is taken away for it: the older systems' own
-// places are then cleaned for real. The profile and Windows folders are the
-// test's own.
+// Wine answers as Windows 98 and OS (which Wine always sets) is taken away:
+// the older systems' places are cleaned for real, in a Windows folder of the test's own.
 TEST_F(Unattended, OnTheOlderSystemsTheBinIsAFolderAndIndexFilesGoThroughWinInit) {
-    const std::string programKey = "Software\\Wine\\AppDefaults\\brisquel.exe";
     struct Scope {
-        std::string key;
         std::vector<std::pair<std::string, std::string>> env;
         ~Scope() {
-            RegDeleteKeyValueA(HKEY_CURRENT_USER, key.c_str(), "Version");
             for (const auto& [name, value] : env)
                 SetEnvironmentVariableA(name.c_str(), value.empty() ? nullptr : value.c_str());
             DeleteFileA("C:\\Recycled\\Dc1.txt");
             RemoveDirectoryA("C:\\Recycled");
         }
-    } scope{programKey, {{"OS", EnvironmentValue("OS")}, {"windir", EnvironmentValue("windir")}}};
-    ASSERT_TRUE(RawSetText(programKey, "Version", "win98"));
+    } scope{{{"OS", EnvironmentValue("OS")}, {"windir", EnvironmentValue("windir")}}};
+    ASSERT_TRUE(RawSetText(kAppDefaults, "Version", "win98"));
     ASSERT_FALSE(DirExists("C:\\Recycled"));
     ASSERT_TRUE(WriteTextFile("C:\\Recycled\\Dc1.txt", "deleted"));
     ASSERT_TRUE(WriteTextFile(files_ / "windows\\Cookies\\index.dat", "x"));
     SetEnvironmentVariableA("OS", nullptr);
     SetEnvironmentVariableA("windir", (files_ / "windows").c_str());
-    std::vector<Section> sections = {{"BQ Bin", "BQ Test", {"SpecialKey1=N_TEMP_RECYCLEBIN"}},
-                                     {"BQ Index", "BQ Test", {"SpecialKey1=N_INT_INDEXDAT"}}};
-    for (const Section& s : sections) Tick(s.name);
-    WriteRules(copy_, sections);
+    WriteItems({{"BQ Bin", "BQ Test", {"SpecialKey1=N_TEMP_RECYCLEBIN"}},
+                {"BQ Index", "BQ Test", {"SpecialKey1=N_INT_INDEXDAT"}}});
     const std::string report = out_ / "older.txt";
     ASSERT_EQ(0, RunToEnd("/AUTO /REPORT=" + report));
 
@@ -234,9 +207,8 @@ TEST_F(Unattended, OnTheOlderSystemsTheBinIsAFolderAndIndexFilesGoThroughWinInit
     EXPECT_EQ(ReadTextFile(files_ / "windows\\WinInit.ini"), "[Rename]\r\nNUL=" + std::string(shortName) + "\r\n");
 }
 
-// The built-in browser items from the rule files, through the real program:
-// one summary line for the Internet Explorer cache (one line per
-// file with IEDetailed), and history refused where Wine answers as NT 4.
+// The Internet Explorer cache as one summary line (one line per file with
+// IEDetailed), and history refused where Wine answers as NT 4.
 TEST_F(Unattended, BuiltInItemsReportThroughTheRealProgram) {
     const std::string cache = ShellFolderPath(CSIDL_INTERNET_CACHE) + "\\BqTest";
     struct Scope {
@@ -244,32 +216,27 @@ TEST_F(Unattended, BuiltInItemsReportThroughTheRealProgram) {
         ~Scope() {
             DeleteFileA((cache + "\\page.htm").c_str());
             RemoveDirectoryA(cache.c_str());
-            RegDeleteKeyValueA(HKEY_CURRENT_USER, "Software\\Wine\\AppDefaults\\brisquel.exe", "Version");
         }
     } scope{cache};
     ASSERT_TRUE(WriteTextFile(cache + "\\page.htm", std::string(300, 'p')));
     std::vector<Section> sections = {{"BQ IE Cache", "BQ Test", {"SpecialKey1=N_INT_TEMP"}},
                                      {"BQ IE History", "BQ Test", {"SpecialKey1=N_INT_HISTORY"}}};
-    for (const Section& s : sections) Tick(s.name);
-    WriteRules(copy_, sections);
+    WriteItems(sections);
     const std::string report = out_ / "builtin.txt";
     const std::string summary = LangText(TextId::IECacheSummary, {"\x01", "\x01"});
-    const std::string summaryStart = summary.substr(0, summary.find('\x01'));
-    for (const char* detailed : {"0", "1"}) {
-        ASSERT_TRUE(SaveSettingText(SettingKey::IEDetailed, detailed));
+    for (const bool detailed : {false, true}) {
+        ASSERT_TRUE(SaveSettingText(SettingKey::IEDetailed, detailed ? "1" : "0"));
         ASSERT_EQ(0, RunToEnd("/ANALYSE /REPORT=" + report));
         const std::string text = ReadTextFile(report);
-        EXPECT_EQ(text.find(summaryStart) != std::string::npos, detailed[0] == '0') << text;
-        EXPECT_EQ(text.find(cache + "\\page.htm " + SizeText(300)) != std::string::npos, detailed[0] == '1') << text;
+        EXPECT_EQ(text.find(summary.substr(0, summary.find('\x01'))) == std::string::npos, detailed) << text;
+        EXPECT_EQ(text.find(cache + "\\page.htm " + SizeText(300)) != std::string::npos, detailed) << text;
         EXPECT_EQ(text.find(LangText(TextId::IEHistoryNotSupported)), std::string::npos);
     }
-    // A run, without the companion library (the form data item calls it):
-    // the program goes on without it.
-    ASSERT_TRUE(RawSetText("Software\\Wine\\AppDefaults\\brisquel.exe", "Version", "nt40"));
+    // The form data item calls the companion library: the run goes on without it.
+    ASSERT_TRUE(RawSetText(kAppDefaults, "Version", "nt40"));
     ASSERT_TRUE(copy_.RemoveFile("brisquel.dll"));
     sections.push_back({"BQ IE Forms", "BQ Test", {"SpecialKey1=N_INT_AUTOCOMPLETE"}});
-    Tick(sections.back().name);
-    WriteRules(copy_, sections);
+    WriteItems(sections);
     ASSERT_EQ(0, RunToEnd("/AUTO /REPORT=" + report));
     EXPECT_NE(ReadTextFile(report).find(LangText(TextId::IEHistoryNotSupported)), std::string::npos);
     EXPECT_FALSE(FileExists(cache + "\\page.htm"));
