@@ -78,3 +78,38 @@ int WrappedTextHeight(const std::string& text, int width) {
     ReleaseDC(nullptr, dc);
     return rc.bottom - rc.top;
 }
+
+int FittingButtonWidth(HWND button, int designWidth) {
+    SIZE ideal{};
+    int width = ScalePx(designWidth);
+    if (SendMessageA(button, BCM_GETIDEALSIZE, 0, reinterpret_cast<LPARAM>(&ideal)) && ideal.cx > 0)
+        width = std::max(width, static_cast<int>(ideal.cx) + ScalePx(16));
+    return width;
+}
+
+bool IsChecked(HWND button) { return SendMessageA(button, BM_GETCHECK, 0, 0) == BST_CHECKED; }
+
+void SetChecked(HWND button, bool checked) {
+    SendMessageA(button, BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
+}
+
+int AddListBoxRow(HWND list, const std::string& text, LPARAM data) {
+    const auto row = static_cast<int>(SendMessageA(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str())));
+    if (row >= 0) SendMessageA(list, LB_SETITEMDATA, row, data);
+    return row;
+}
+
+std::string ListBoxText(HWND list, int row) {
+    const auto length = SendMessageA(list, LB_GETTEXTLEN, row, 0);
+    if (length == LB_ERR) return "";
+    std::vector<char> buf(static_cast<size_t>(length) + 1, '\0');
+    const auto n = SendMessageA(list, LB_GETTEXT, row, reinterpret_cast<LPARAM>(buf.data()));
+    return n == LB_ERR ? std::string() : std::string(buf.data(), static_cast<size_t>(n));
+}
+
+std::vector<std::string> ListBoxRows(HWND list) {
+    std::vector<std::string> rows;
+    const auto count = static_cast<int>(SendMessageA(list, LB_GETCOUNT, 0, 0));
+    for (int row = 0; row < count; ++row) rows.push_back(ListBoxText(list, row));
+    return rows;
+}

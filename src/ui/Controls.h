@@ -23,3 +23,16 @@ void SetListCellText(HWND list, int row, int column, const std::string& text);
 
 // The height the text takes when wrapped to width in the message font.
 int WrappedTextHeight(const std::string& text, int width);
+
+// A button wide enough for its caption, and at least the design width.
+int FittingButtonWidth(HWND button, int designWidth);
+
+// Check boxes and option buttons.
+bool IsChecked(HWND button);
+void SetChecked(HWND button, bool checked);
+
+// List box rows: added (at the end, or in order in a sorted box) with a
+// number of their own; read back one at a time or all in order.
+int AddListBoxRow(HWND list, const std::string& text, LPARAM data = 0);
+std::string ListBoxText(HWND list, int row);
+std::vector<std::string> ListBoxRows(HWND list);

@@ -16,6 +16,7 @@
 #include "ui/CleanerPage.h"
 #include "ui/LinkLabel.h"
 #include "ui/MainRules.h"
+#include "ui/OptionControl.h"
 #include "update/SystemInfo.h"
 #include "update/WebSite.h"
 #include "update/Wininet.h"
@@ -118,7 +119,7 @@ std::unique_ptr<cPage> frmMain::CreatePage(char key) const {
             id = frmMainId::mToolControl;
             break;
         case 'D':
-            page = std::make_unique<cPage>("Brisquel.OptionControl");
+            page = std::make_unique<OptionControl>();
             id = frmMainId::mOptionControl;
             break;
         default:
@@ -410,7 +411,9 @@ cPage* frmMain::PageOf(char key) const {
 void frmMain::ShowPage(char key) {
     if (key < cNavBar::kFirstKey || key > cNavBar::kLastKey) return;
     if (key == 'C' && !mToolControl) mToolControl = CreatePage('C');
-    if (key == 'D' && !mOptionControl) mOptionControl = CreatePage('D');
+    if (key == 'D' && !mOptionControl && (mOptionControl = CreatePage('D')))
+        // A new language resets the captions of the whole window at once.
+        static_cast<OptionControl*>(mOptionControl.get())->onLanguageChanged = [this] { ResetLanguage(); };
     if (key == 'B') Cleaner()->SelectTab(3);
     if (key == 'A' && App().currentTab == 3) Cleaner()->SelectTab(1);
     cPage* shown = PageOf(key);

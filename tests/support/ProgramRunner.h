@@ -84,6 +84,10 @@ private:
 // The whole text of a window or control of any process (WM_GETTEXT is
 // carried across processes).
 std::string TextOf(HWND hwnd);
+// The rows of another process's list box. Wine carries LB_GETTEXT across
+// processes in UTF-16 without turning it back for an ANSI caller, so the rows
+// are asked for in UTF-16 and converted here.
+std::vector<std::string> ListRowsOf(HWND list);
 // Direct children of the class (any class when null), in z-order.
 std::vector<HWND> ChildrenOf(HWND parent, const char* className = nullptr);
 

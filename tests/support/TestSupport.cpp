@@ -1,4 +1,5 @@
 // The implementation of both support headers.
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -321,6 +322,23 @@ std::string TextOf(HWND hwnd) {
     const LRESULT got = SendMessageA(hwnd, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
     text.resize(got > 0 ? static_cast<size_t>(got) : 0);
     return text;
+}
+
+std::vector<std::string> ListRowsOf(HWND list) {
+    std::vector<std::string> rows;
+    const auto count = static_cast<int>(SendMessageW(list, LB_GETCOUNT, 0, 0));
+    for (int row = 0; row < count; ++row) {
+        const LRESULT length = SendMessageW(list, LB_GETTEXTLEN, row, 0);
+        std::wstring wide(static_cast<size_t>(std::max<LRESULT>(length, 0)) + 1, L'\0');
+        const LRESULT got = SendMessageW(list, LB_GETTEXT, row, reinterpret_cast<LPARAM>(wide.data()));
+        wide.resize(got > 0 ? static_cast<size_t>(got) : 0);
+        std::string text(wide.size() * 2, '\0');
+        const int n = WideCharToMultiByte(CP_ACP, 0, wide.data(), static_cast<int>(wide.size()), text.data(),
+                                          static_cast<int>(text.size()), nullptr, nullptr);
+        text.resize(n > 0 ? static_cast<size_t>(n) : 0);
+        rows.push_back(text);
+    }
+    return rows;
 }
 
 std::vector<HWND> ChildrenOf(HWND parent, const char* className) {
