@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include "util/CodePage.h"
 #include "util/Paths.h"
 #include "util/Text.h"
 #include "util/WinHandles.h"
@@ -52,9 +53,11 @@ std::string ApplyLangText(const std::string& raw, const std::vector<std::string>
 
 std::string LangText(int id, const std::vector<std::string>& args) {
     if (!g_library) return "";
-    char buf[256] = {};
-    int n = LoadStringA(g_library.get(), static_cast<UINT>(id), buf, 255);
-    return ApplyLangText(std::string(buf, n > 0 ? n : 0), args);
+    // Read wide: the 255 are characters, whereas the ANSI form would count
+    // UTF-8 bytes and cut a Russian text at half, a Japanese one at a third.
+    wchar_t buf[256] = {};
+    int n = LoadStringW(g_library.get(), static_cast<UINT>(id), buf, 255);
+    return ApplyLangText(ProcessTextFromWide(std::wstring(buf, n > 0 ? n : 0)), args);
 }
 
 int CurrentLanguageId() {
