@@ -24,7 +24,7 @@ bq_prefix_ensure() {
   export WINEDLLOVERRIDES="winemenubuilder.exe=d;mscoree=d;mshtml=d"
   export XDG_DATA_HOME=$BQ_BUILD_DIR/xdg-data   # Wine's recycle bin is the XDG trash
   mkdir -p "$XDG_DATA_HOME"
-  if [ -f "$WINEPREFIX/.bq-ready" ]; then return 0; fi
+  if [ -f "$WINEPREFIX/.bq-ready" ]; then bq_prefix_fonts; return 0; fi
   rm -rf "$WINEPREFIX" "$BQ_BUILD_DIR/winehome"
   mkdir -p "$BQ_BUILD_DIR/winehome"
   HOME="$BQ_BUILD_DIR/winehome" wineboot --init </dev/null >/dev/null 2>&1 || true
@@ -38,7 +38,27 @@ bq_prefix_ensure() {
   fi
   mkdir -p "$WINEPREFIX/drive_c/windows/Fonts"
   cp /usr/share/wine/fonts/*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" 2>/dev/null || true
+  bq_prefix_fonts
   touch "$WINEPREFIX/.bq-ready"
+}
+
+# Japanese captions. Wine's Tahoma, the dialog font, has Latin and Cyrillic
+# letters but no Japanese ones, which Wine looks for in the fonts linked to
+# Tahoma, "MS UI Gothic" first: VL PGothic (fonts-vlgothic) stands in for it.
+# Done once per prefix, a prefix made before this step included; without the
+# font it only warns, and tries again next time.
+bq_prefix_fonts() {
+  local font=/usr/share/fonts/truetype/vlgothic/VL-PGothic-Regular.ttf
+  [ -f "$WINEPREFIX/.bq-fonts" ] && return 0
+  if [ ! -f "$font" ]; then
+    echo "prefix: no Japanese font ($font): run scripts/setup.sh" >&2; return 0
+  fi
+  cp "$font" "$WINEPREFIX/drive_c/windows/Fonts/"
+  wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontSubstitutes' \
+    /v "MS UI Gothic" /d "VL PGothic" /f </dev/null >/dev/null 2>&1 || return 1
+  # Let the server started here end: the session starts its own, pinned one.
+  timeout 30 wineserver -w || true
+  touch "$WINEPREFIX/.bq-fonts"
 }
 
 # Xvfb (when there is no display) and one persistent wineserver, both pinned

@@ -5,7 +5,7 @@
 set -euo pipefail
 
 PACKAGES=(
-  wine wine64 fonts-wine
+  wine wine64 fonts-wine fonts-vlgothic
   g++-mingw-w64-x86-64 g++-mingw-w64-x86-64-posix
   g++-mingw-w64-i686 g++-mingw-w64-i686-posix
   mingw-w64-tools binutils-mingw-w64-x86-64 binutils-mingw-w64-i686

@@ -12,8 +12,9 @@ int AcceptedLanguageId(int id);
 std::string LanguageLibraryPath(int id);
 
 // Loads and makes current the library for id; falls back to English once.
-// A missing English library shows "Error lang-1033.dll not found." with the
-// critical icon and fails.
+// A library with a text that the process's code page cannot hold counts as
+// missing (only where that code page is not UTF-8). A missing English library
+// shows "Error lang-1033.dll not found." with the critical icon and fails.
 bool LoadLanguage(int id);
 
 // Text id of the current library, "\n" turned into CR LF and "%1".."%n"

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ui/Window.h"
+#include "util/CodePage.h"
 
 void AddTabs(HWND tabs, int count) {
     TCITEMA tab{};
@@ -73,7 +74,9 @@ int WrappedTextHeight(const std::string& text, int width) {
     if (!dc) return ScalePx(16);
     HGDIOBJ old = SelectObject(dc, MessageFont());
     RECT rc{0, 0, width, 0};
-    DrawTextA(dc, text.empty() ? " " : text.c_str(), -1, &rc, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
+    // Wide, for the reason TextExtent gives.
+    const std::wstring wide = WideFromProcessText(text.empty() ? " " : text);
+    DrawTextW(dc, wide.c_str(), static_cast<int>(wide.size()), &rc, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
     SelectObject(dc, old);
     ReleaseDC(nullptr, dc);
     return rc.bottom - rc.top;

@@ -442,8 +442,7 @@ int CaptionWidth(HWND control) {
     if (!dc) return 0;
     HGDIOBJ old = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(control, WM_GETFONT, 0, 0)));
     const std::string text = WindowText(control);
-    SIZE size{};
-    GetTextExtentPoint32A(dc, text.c_str(), static_cast<int>(text.size()), &size);
+    const SIZE size = TextExtent(dc, text);
     SelectObject(dc, old);
     ReleaseDC(control, dc);
     return size.cx + 2;

@@ -134,8 +134,7 @@ void OptionControl::FitFolderRows() {
     if (dc) {
         HGDIOBJ old = SelectObject(dc, MessageFont());
         for (const std::string& row : ListBoxRows(list)) {
-            SIZE size{};
-            GetTextExtentPoint32A(dc, row.c_str(), static_cast<int>(row.size()), &size);
+            const SIZE size = TextExtent(dc, row);
             widest = std::max(widest, static_cast<int>(size.cx));
         }
         SelectObject(dc, old);

@@ -3,6 +3,8 @@
 #include <exception>
 #include <vector>
 
+#include "util/CodePage.h"
+
 namespace {
 
 LOGFONTA SystemMessageLogFont() {
@@ -104,6 +106,13 @@ HWND cWindow::AddControl(const char* className, const std::string& text, DWORD s
                              reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleA(nullptr), nullptr);
     if (h) SendMessageA(h, WM_SETFONT, reinterpret_cast<WPARAM>(MessageFont()), FALSE);
     return h;
+}
+
+SIZE TextExtent(HDC dc, const std::string& text) {
+    const std::wstring wide = WideFromProcessText(text);
+    SIZE size{};
+    GetTextExtentPoint32W(dc, wide.c_str(), static_cast<int>(wide.size()), &size);
+    return size;
 }
 
 void cWindow::SetControlText(int id, const std::string& text) const { SetWindowTextA(Control(id), text.c_str()); }

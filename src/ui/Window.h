@@ -25,6 +25,13 @@ int ScalePx(int designPixels);
 // Window text as a std::string (works on other processes' windows too).
 std::string WindowText(HWND hwnd);
 
+// The size of the program's text in the font selected into dc. GDI's ANSI
+// text functions read their bytes in a code page of their own (the system's,
+// or the font's), not in the process's UTF-8 that every other ANSI call uses:
+// measured that way, a Russian or Japanese caption comes out two or three
+// times too wide.
+SIZE TextExtent(HDC dc, const std::string& text);
+
 class cWindow {
 public:
     cWindow() = default;

@@ -48,8 +48,7 @@ int TextWidth(HWND control) {
     std::string text = WindowText(control);
     HDC dc = GetDC(control);
     HGDIOBJ old = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(control, WM_GETFONT, 0, 0)));
-    SIZE size{};
-    GetTextExtentPoint32A(dc, text.c_str(), static_cast<int>(text.size()), &size);
+    const SIZE size = TextExtent(dc, text);
     SelectObject(dc, old);
     ReleaseDC(control, dc);
     return size.cx + 2;

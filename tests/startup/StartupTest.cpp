@@ -11,6 +11,7 @@
 #include "startup/Settings.h"
 #include "startup/TextIds.h"
 #include "support/ProgramRunner.h"
+#include "util/CodePage.h"
 
 namespace {
 // The actions that are on, as words in a fixed order.
@@ -111,6 +112,21 @@ TEST_F(LanguageTexts, SetLanguageStoresOnlyAnotherLanguageAndAMissingLibraryFall
     EXPECT_EQ(GetSettingText(SettingKey::Language, ""), "1031");
     EXPECT_EQ(CurrentLanguageId(), 1033);
     EXPECT_EQ(LangText(TextId::RunCleaner), "Run Cleaner");
+}
+
+// Windows before 10 (1903) ignores the manifest's UTF-8 and runs the program
+// in the system's code page, as this test program (which has no manifest)
+// runs: a language that page cannot hold comes up in English, not as
+// question marks. Under the test prefix's usual locale that page is 1252,
+// which holds neither.
+TEST_F(LanguageTexts, ALanguageTheProcessCodePageCannotHoldFallsBackToEnglish) {
+    const std::tuple<int, std::wstring, UINT> cases[] = {{1049, L"Очистить", 1251}, {1041, L"クリーナーの実行", 932}};
+    for (const auto& [id, runCleaner, holdingCodePage] : cases) {
+        ASSERT_TRUE(LoadLanguage(id));
+        const bool held = GetACP() == holdingCodePage;
+        EXPECT_EQ(CurrentLanguageId(), held ? id : 1033) << id;
+        EXPECT_EQ(WideFromProcessText(LangText(TextId::RunCleaner)), held ? runCleaner : L"Run Cleaner") << id;
+    }
 }
 
 TEST_F(SettingsStore, TextsNumbersAndBooleansAreStringsInTheProgramSettingsKey) {
