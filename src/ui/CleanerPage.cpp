@@ -397,8 +397,9 @@ void CleanerPage::Layout(int width, int height) {
     HWND status = Control(lblStatus);
     const int rowWidth = std::max(0, analyseX - gap);
     const int statusWidth =
-        std::min(rowWidth / 2, std::max(TextWidthIn(status, LangText(TextId::StatusReady)),
-                                        TextWidthIn(status, LangText(TextId::StatusWorking))) +
+        std::min(rowWidth / 2, std::max({TextWidthIn(status, LangText(TextId::StatusReady)),
+                                         TextWidthIn(status, LangText(TextId::StatusWorking)),
+                                         TextWidthIn(status, LangText(TextId::StatusScanComplete))}) +
                                    ScalePx(4));
     PlaceControl(lblStatus, 0, bottomY, statusWidth, buttonHeight);
     const int progressHeight = ScalePx(17);

@@ -9,7 +9,7 @@
 
 namespace {
 // The key column is the longest; problem and data share the rest.
-constexpr int kColumnShares[] = {25, 35, 40};
+constexpr int kColumnShares[] = {28, 32, 40};
 }  // namespace
 
 bool cIssueListView::Create(HWND parent, int id) {

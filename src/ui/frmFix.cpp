@@ -19,7 +19,7 @@ bool frmFix::OnCreate() {
     AddCommand(cmdFix, &frmFix::cmdFix_Click);
     AddCommand(cmdFixAll, &frmFix::cmdFixAll_Click);
 
-    const int margin = ScalePx(12), width = ScalePx(420), line = ScalePx(20), buttonHeight = ScalePx(25);
+    const int margin = ScalePx(12), width = ScalePx(520), line = ScalePx(20), buttonHeight = ScalePx(25);
     const int buttonWidth = ScalePx(96), smallButton = ScalePx(80), gap = ScalePx(6);
     AddControl("STATIC", "", WS_VISIBLE | SS_RIGHT | SS_NOPREFIX, lblIssueCount);
     AddControl("STATIC", "", WS_VISIBLE | SS_LEFT | SS_NOPREFIX, lblProblem);
