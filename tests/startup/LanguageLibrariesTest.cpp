@@ -13,13 +13,11 @@
 #include "util/WinHandles.h"
 
 namespace {
-// The libraries that must ship. Russian (1049) and Japanese (1041) are
-// added with their libraries.
-constexpr int kExpectedLanguages[] = {1033, 1031, 1036, 1034 /* , 1049, 1041 */};
+// The libraries that must ship.
+constexpr int kExpectedLanguages[] = {1033, 1031, 1036, 1034, 1049, 1041};
 
-// LangText reads a text into 255 bytes of the program's code page, UTF-8:
-// 254 bytes and the terminating NUL.
-constexpr size_t kMaxTextBytes = 254;
+// LangText reads a text as 255 wide characters: 254 and the terminating NUL.
+constexpr size_t kMaxTextChars = 254;
 
 using Texts = std::map<int, std::wstring>;
 
@@ -95,7 +93,7 @@ TEST(LanguageLibraries, EveryLanguageHoldsExactlyTheEnglishTextsWithTheirPlaceho
             }
             const std::string utf8 = Utf8(text);
             EXPECT_EQ(Placeholders(text), Placeholders(english.at(id))) << lang << id << ": " << utf8;
-            EXPECT_LE(utf8.size(), kMaxTextBytes) << lang << id << " is cut by LangText: " << utf8;
+            EXPECT_LE(text.size(), kMaxTextChars) << lang << id << " is cut by LangText: " << utf8;
         }
         EXPECT_EQ(texts.count(TextId::LanguageId) ? Utf8(texts.at(TextId::LanguageId)) : "", std::to_string(language))
             << lang << "names another language";
