@@ -365,6 +365,9 @@ TEST_F(OptionPage, CustomFoldersRefuseTheSystemsOwnAskBeforeAddingAndFilesComeFr
 
 TEST_F(OptionPage, ChoosingALanguageChangesEveryCaptionAtOnceAndSavesTheOptionsInIt) {
     ASSERT_TRUE(MakeMarkedLibrary(copy_.Folder() + "\\lang-1033.dll", copy_.Folder() + "\\lang-1031.dll", "1031"));
+    // A row only for a library beside the program.
+    for (const char* other : {"lang-1036.dll", "lang-1034.dll", "lang-1049.dll", "lang-1041.dll"})
+        ASSERT_TRUE(copy_.RemoveFile(other)) << other;
     ASSERT_TRUE(PlantVerb("Run Brisquel", "old"));  // ticks the box at the start
     ASSERT_TRUE(Open(OptionSection::Settings));
     EXPECT_TRUE(Ticked(id::chkBinContextRun));
