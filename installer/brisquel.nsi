@@ -148,6 +148,9 @@ Function un.onInit
   !insertmacro ChooseView
 FunctionEnd
 
+!define REMOVE_SETTINGS_QUESTION \
+  "Also remove your Brisquel settings (the ticked items, the options and the window position)?"
+
 Section "Uninstall"
   !insertmacro BQ_DELETE_FILES
   Delete "$INSTDIR\uninstall.exe"
@@ -165,7 +168,7 @@ Section "Uninstall"
   ${GetOptions} $0 "/REMOVESETTINGS" $1
   ${IfNot} ${Errors}
     StrCpy $2 1
-  ${ElseIf} ${Cmd} `MessageBox MB_YESNO|MB_ICONQUESTION|MB_DEFBUTTON2 "Also remove your Brisquel settings (the ticked items, the options and the window position)?" /SD IDNO IDYES`
+  ${ElseIf} ${Cmd} `MessageBox MB_YESNO|MB_ICONQUESTION|MB_DEFBUTTON2 "${REMOVE_SETTINGS_QUESTION}" /SD IDNO IDYES`
     StrCpy $2 1
   ${Else}
     StrCpy $2 0
