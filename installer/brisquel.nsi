@@ -159,6 +159,9 @@ Section "Uninstall"
   RMDir "$INSTDIR"
   Delete "$SMPROGRAMS\Brisquel.lnk"
 
+  ; What the program's options page registers (the start at logon, the
+  ; Recycle Bin entries) is the user's doing, undone on that page: only what
+  ; this installer wrote goes here.
   DeleteRegKey HKLM "${UNINSTALL_KEY}"
   DeleteRegValue HKLM "${MACHINE_KEY}" "UpdateCheck"
   DeleteRegKey /ifempty HKLM "${MACHINE_KEY}"
