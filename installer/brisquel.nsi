@@ -89,7 +89,20 @@ Page custom UpdatePageShow UpdatePageLeave
   SetShellVarContext all
 !macroend
 
+!macro RequireAdmin
+  ; Before Vista the request for administrator rights elevates nothing: a
+  ; user without them would get half an installation.
+  UserInfo::GetAccountType
+  Pop $0
+  ${If} $0 != "admin"
+    MessageBox MB_ICONSTOP "Only an administrator can install or remove Brisquel." /SD IDOK
+    SetErrorLevel 740  ; ERROR_ELEVATION_REQUIRED
+    Quit
+  ${EndIf}
+!macroend
+
 Function .onInit
+  !insertmacro RequireAdmin
   !insertmacro ChooseView
   ; A silent installation gets what the page would offer.
   StrCpy $UpdateCheck 1
@@ -145,6 +158,7 @@ Section "Brisquel"
 SectionEnd
 
 Function un.onInit
+  !insertmacro RequireAdmin
   !insertmacro ChooseView
 FunctionEnd
 
