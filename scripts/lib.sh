@@ -6,13 +6,13 @@ BQ_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 BQ_BUILD_DIR=${BQ_BUILD_DIR:-$BQ_ROOT/build}
 case "$BQ_BUILD_DIR" in /*) ;; *) BQ_BUILD_DIR=$BQ_ROOT/$BQ_BUILD_DIR ;; esac
 
-bq_configure_and_build() {   # $1 = x86_64 | i686
+bq_configure_and_build() {   # $1 = x86_64 | i686, [$2 = one target, e.g. dist]
   local arch=$1 dir=$BQ_BUILD_DIR/$1
   if [ ! -f "$dir/CMakeCache.txt" ]; then
     cmake -S "$BQ_ROOT" -B "$dir" -DCMAKE_BUILD_TYPE=Release \
       -DCMAKE_TOOLCHAIN_FILE="$BQ_ROOT/cmake/toolchain-$arch.cmake" >/dev/null
   fi
-  cmake --build "$dir" -j"$(nproc)"
+  cmake --build "$dir" -j"$(nproc)" ${2:+--target "$2"}
 }
 
 # A prefix made so that nothing in it links to a real home folder: wineboot

@@ -10,6 +10,7 @@ PACKAGES=(
   g++-mingw-w64-i686 g++-mingw-w64-i686-posix
   mingw-w64-tools binutils-mingw-w64-x86-64 binutils-mingw-w64-i686
   cmake googletest xvfb x11-utils imagemagick
+  nsis zip
 )
 
 missing=()

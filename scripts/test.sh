@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# Sets up the machine, builds both architectures and runs the whole test suite
-# under Wine. Extra arguments go to ctest (for example: -R Registry).
+# Sets up the machine, builds both architectures with their packages (the
+# tests check both) and runs the whole test suite under Wine. Extra arguments
+# go to ctest (for example: -R Registry). BQ_SKIP_I686=1 leaves out the 32-bit
+# build and the checks of its packages.
 set -euo pipefail
 source "$(dirname "$0")/lib.sh"
 

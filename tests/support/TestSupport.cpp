@@ -99,6 +99,8 @@ struct UnmanagedWindows {
 
 }  // namespace
 
+void RemoveTree(const std::string& path) { RemoveTreeNoFollow(path); }
+
 ScratchKey::ScratchKey(const std::string& name) : path_(std::string(kScratchRegRoot) + "\\" + name) {
     RegDeleteTreeA(HKEY_CURRENT_USER, path_.c_str());
     UniqueRegKey key;

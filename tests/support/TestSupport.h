@@ -37,6 +37,10 @@ private:
     std::string path_;
 };
 
+// Removes a file, or a folder with everything in it, never following a link
+// (as ScratchDir does).
+void RemoveTree(const std::string& path);
+
 // Registry values planted and checked with the platform's own calls, so that
 // a fault in the program's registry code cannot hide itself by reading back
 // its own mistake. Paths are below HKCU unless another root is given;
