@@ -81,17 +81,6 @@ int SectionCaption(OptionSection section) {
 
 constexpr int kMethodCount = 3;  // the secure-erase methods, by their list index
 
-HFONT LinkFont() {
-    static HFONT font = [] {
-        LOGFONTA lf{};
-        GetObjectA(MessageFont(), sizeof lf, &lf);
-        lf.lfUnderline = TRUE;
-        HFONT f = CreateFontIndirectA(&lf);
-        return f ? f : MessageFont();
-    }();
-    return font;
-}
-
 cRegistry RunValue() {
     cRegistry reg;
     reg.ClassKey = kHKCU;

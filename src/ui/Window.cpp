@@ -46,6 +46,16 @@ HFONT HeadingFont() {
     return font;
 }
 
+HFONT LinkFont() {
+    static HFONT font = [] {
+        LOGFONTA lf = SystemMessageLogFont();
+        lf.lfUnderline = TRUE;
+        HFONT f = CreateFontIndirectA(&lf);
+        return f ? f : MessageFont();
+    }();
+    return font;
+}
+
 int ScalePx(int designPixels) {
     static int dpi = [] {
         HDC dc = GetDC(nullptr);

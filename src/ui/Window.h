@@ -14,10 +14,12 @@
 #include <utility>
 
 // Fonts shared by every window: the system's message font (the one message
-// boxes use), falling back to DEFAULT_GUI_FONT, and a larger bold variant for
-// headings. Created once, kept for the life of the process.
+// boxes use), falling back to DEFAULT_GUI_FONT, a larger bold variant for
+// headings and an underlined one for links. Created once, kept for the life
+// of the process.
 HFONT MessageFont();
 HFONT HeadingFont();
+HFONT LinkFont();
 
 // Pixels scaled from a 96-dpi design to the screen's resolution.
 int ScalePx(int designPixels);

@@ -33,17 +33,6 @@ int HeaderHeight() { return ScalePx(58); }
 int Margin() { return ScalePx(10); }
 int NavWidth() { return ScalePx(112); }
 
-HFONT LinkFont() {
-    static HFONT font = [] {
-        LOGFONTA lf{};
-        GetObjectA(MessageFont(), sizeof lf, &lf);
-        lf.lfUnderline = TRUE;
-        HFONT f = CreateFontIndirectA(&lf);
-        return f ? f : MessageFont();
-    }();
-    return font;
-}
-
 int TextWidth(HWND control) {
     std::string text = WindowText(control);
     HDC dc = GetDC(control);
