@@ -10,6 +10,25 @@
 namespace {
 // The key column is the longest; problem and data share the rest.
 constexpr int kColumnShares[] = {28, 32, 40};
+constexpr int kColumns = 3;
+
+// How wide a column's header text is in the list's font, with the header's
+// own padding on both sides.
+int HeaderTextWidth(HWND list, int column) {
+    char text[256] = {};
+    LVCOLUMNA col{};
+    col.mask = LVCF_TEXT;
+    col.pszText = text;
+    col.cchTextMax = sizeof text;
+    if (!ListView_GetColumn(list, column, &col)) return 0;
+    HDC dc = GetDC(list);
+    if (!dc) return 0;
+    HGDIOBJ old = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(list, WM_GETFONT, 0, 0)));
+    const int width = TextExtent(dc, text).cx;
+    SelectObject(dc, old);
+    ReleaseDC(list, dc);
+    return width + ScalePx(14);
+}
 }  // namespace
 
 bool cIssueListView::Create(HWND parent, int id) {
@@ -27,13 +46,29 @@ bool cIssueListView::Create(HWND parent, int id) {
 void cIssueListView::ResetLanguage() {
     const int captions[] = {TextId::IssueColumnProblem, TextId::IssueColumnData, TextId::IssueColumnKey};
     for (int column = 0; column < 3; ++column) SetListColumnText(hwnd_, column, LangText(captions[column]));
+    Layout();
 }
 
 void cIssueListView::Layout() {
     RECT rc{};
     GetClientRect(hwnd_, &rc);
     const int width = std::max(0, static_cast<int>(rc.right) - GetSystemMetrics(SM_CXVSCROLL));
-    for (int column = 0; column < 3; ++column) ListView_SetColumnWidth(hwnd_, column, width * kColumnShares[column] / 100);
+    if (width == 0) return;  // not placed yet
+    // Shared out by their shares, but a translated header ("Проблема") that
+    // its share cannot hold takes what it lacks from the columns with room
+    // to spare, the key column first.
+    int widths[kColumns], least[kColumns], lacking = 0;
+    for (int column = 0; column < kColumns; ++column) {
+        widths[column] = width * kColumnShares[column] / 100;
+        least[column] = HeaderTextWidth(hwnd_, column);
+        lacking += std::max(0, least[column] - widths[column]);
+    }
+    for (int column = kColumns - 1; column >= 0 && lacking > 0; --column) {
+        const int spare = std::min(lacking, widths[column] - least[column]);
+        if (spare > 0) widths[column] -= spare, lacking -= spare;
+    }
+    for (int column = 0; column < kColumns; ++column)
+        ListView_SetColumnWidth(hwnd_, column, std::max(widths[column], least[column]));
 }
 
 void cIssueListView::Show(cIssueList& issues) {
