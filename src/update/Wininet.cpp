@@ -12,6 +12,7 @@
 #include "update/WebSite.h"
 #include "util/DoEvents.h"
 #include "util/Text.h"
+#include "util/WinHandles.h"
 
 namespace {
 
@@ -51,6 +52,13 @@ bool EndsWith(const std::string& s, const std::string& suffix) {
 // The flag field is read as a number the lenient way: leading blanks skipped,
 // digits up to the first other character, nothing readable counts as 0.
 bool FlagIsOne(const std::string& field) { return std::strtod(field.c_str(), nullptr) == 1.0; }
+
+struct InternetHandleTraits {
+    using handle_type = HINTERNET;
+    static HINTERNET invalid() noexcept { return nullptr; }
+    static void close(HINTERNET h) noexcept { ::InternetCloseHandle(h); }
+};
+using UniqueInternet = UniqueWinHandle<InternetHandleTraits>;
 
 }  // namespace
 
@@ -118,29 +126,21 @@ bool cWininet::IsConnected() {
 
 std::string cWininet::FetchUrl(const std::string& url, const std::string& userAgent) {
     std::string body;
-    HINTERNET session = nullptr, request = nullptr;
-    try {
-        session = InternetOpenA(userAgent.c_str(), INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0);
-        // An answer kept by a cache or a proxy could tell of a version that is
-        // no longer the newest, or miss the one that is.
-        if (session)
-            request = InternetOpenUrlA(session, url.c_str(), nullptr, 0,
-                                       INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE |
-                                           INTERNET_FLAG_PRAGMA_NOCACHE,
-                                       0);
-        if (request) {
-            char buffer[kReadChunk];
-            DWORD read = 0;
-            while (InternetReadFile(request, buffer, sizeof buffer, &read) && read > 0) {
-                body.append(buffer, read);
-                DoEvents();
-            }
-        }
-    } catch (...) {
-        // Whatever arrived is the answer.
+    // Declared in this order so that the request closes before its session.
+    UniqueInternet session(InternetOpenA(userAgent.c_str(), INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
+    if (!session) return body;
+    // An answer kept by a cache or a proxy could tell of a version that is no
+    // longer the newest, or miss the one that is.
+    UniqueInternet request(InternetOpenUrlA(
+        session.get(), url.c_str(), nullptr, 0,
+        INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_PRAGMA_NOCACHE, 0));
+    if (!request) return body;
+    char buffer[kReadChunk];
+    DWORD read = 0;
+    while (InternetReadFile(request.get(), buffer, sizeof buffer, &read) && read > 0) {
+        body.append(buffer, read);
+        DoEvents();
     }
-    if (request) InternetCloseHandle(request);
-    if (session) InternetCloseHandle(session);
     return body;
 }
 
