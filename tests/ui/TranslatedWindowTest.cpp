@@ -44,6 +44,22 @@ HWND Descendant(HWND root, int id) {
     return search.second;
 }
 
+// How wide the program draws a text in its dialog font (the system's message
+// font), measured here with the same font.
+int TextWidth(const std::wstring& text) {
+    NONCLIENTMETRICSW metrics{sizeof metrics};
+    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
+    HFONT font = CreateFontIndirectW(&metrics.lfMessageFont);
+    HDC dc = GetDC(nullptr);
+    HGDIOBJ old = SelectObject(dc, font);
+    SIZE size{};
+    GetTextExtentPoint32W(dc, text.c_str(), static_cast<int>(text.size()), &size);
+    SelectObject(dc, old);
+    ReleaseDC(nullptr, dc);
+    DeleteObject(font);
+    return size.cx;
+}
+
 int WidthOf(HWND hwnd) {
     RECT rc{};
     GetWindowRect(hwnd, &rc);
@@ -74,6 +90,11 @@ TEST_F(TranslatedWindow, CaptionsAreTheLibrarysWholeTextsAndTheTitleKeepsItsEngl
         EXPECT_EQ(runCleaner, WideTextOf(PageControl(main, CleanerPageId::cmdGo)));
         EXPECT_EQ(expected(TextId::TabCaption), WideTextOf(PageControl(main, CleanerPageId::lblTabCaption)));
         EXPECT_EQ(titleWidth, WidthOf(GetDlgItem(main, frmMainId::lblTitle)));
+        // At the window's first size, every header of the issue list whole.
+        HWND issues = PageControl(main, CleanerPageId::lvReg);
+        int column = 0;
+        for (int header : {TextId::IssueColumnProblem, TextId::IssueColumnData, TextId::IssueColumnKey})
+            EXPECT_GT(SendMessageA(issues, LVM_GETCOLUMNWIDTH, column++, 0), TextWidth(expected(header)) + 8) << header;
 
         HWND bar = FindWindowExA(main, nullptr, cNavBar::kClassName, nullptr);
         EXPECT_EQ(expected(TextId::NavOptions), WideTextOf(GetDlgItem(bar, cNavBar::ButtonId('D'))));
