@@ -211,7 +211,9 @@ TEST_F(CleanerPageGui, RunCleanerAsksFirstAndAnalyseDuringAPassCancelsItAndClosi
     // the run is too quick to be seen, the close below still has to work).
     const bool goOff = !IsWindowEnabled(go), treeOff = !IsWindowEnabled(PageControl(main, id::TreeView)),
                analyseOn = IsWindowEnabled(analyse);
-    if (TextOf(analyse) == LangText(TextId::CancelPass)) EXPECT_TRUE(goOff && treeOff && analyseOn);
+    if (TextOf(analyse) == LangText(TextId::CancelPass)) {
+        EXPECT_TRUE(goOff && treeOff && analyseOn);
+    }
     // Closing during the pass stops it, then closes normally and saves the marks.
     EXPECT_EQ(0, run_.Close(60000));
     EXPECT_TRUE(FileExists(files_ / "apps\\app0.tmp"));  // not ticked

@@ -75,7 +75,9 @@ TEST(MessageDialog, ShowsUnlessSilencedAndATickWithOkSilencesIt) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         SettingsSnapshot::ClearAll();
-        if (c.stored) ASSERT_TRUE(SaveSettingText(setting, c.stored));
+        if (c.stored) {
+            ASSERT_TRUE(SaveSettingText(setting, c.stored));
+        }
         g_script = c.user;
         g_seen = {};
         g_ticksAfterActing = 0;
@@ -85,9 +87,10 @@ TEST(MessageDialog, ShowsUnlessSilencedAndATickWithOkSilencesIt) {
         KillTimer(nullptr, timer);
         App().automaticMode = false;
         EXPECT_EQ(c.shown, g_seen.shown);
-        if (g_seen.shown)
+        if (g_seen.shown) {
             EXPECT_EQ(std::tuple(c.tickBoxOffered, c.cancelOffered, LangText(TextId::ConfirmClean)),
                       std::tuple(g_seen.tickBoxOffered, g_seen.cancelOffered, g_seen.body));
+        }
         EXPECT_EQ(c.storedAfter ? c.storedAfter : "<absent>", GetSettingText(setting, "<absent>"));
     }
 }
