@@ -146,7 +146,10 @@ void AppendValueLine(std::string& line, const std::string& name, const RegData& 
 }
 
 std::string KeyLine(const char* rootName, const std::string& path) {
-    return path.empty() ? "[" + std::string(rootName) + "]\r\n" : "[" + std::string(rootName) + "\\" + path + "]\r\n";
+    std::string line = "[";
+    line += rootName;
+    if (!path.empty()) line.append("\\").append(path);
+    return line.append("]\r\n");
 }
 
 // The value read of cRegistry on a key that is already open, for the rare

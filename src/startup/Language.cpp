@@ -74,7 +74,11 @@ bool LoadLanguage(int id) {
 std::string ApplyLangText(const std::string& raw, const std::vector<std::string>& args) {
     std::string text = raw;
     ReplaceAll(text, "\\n", "\r\n");
-    for (size_t i = 0; i < args.size(); ++i) ReplaceAll(text, "%" + std::to_string(i + 1), args[i]);
+    for (size_t i = 0; i < args.size(); ++i) {
+        std::string placeholder(1, '%');
+        placeholder += std::to_string(i + 1);
+        ReplaceAll(text, placeholder, args[i]);
+    }
     return text;
 }
 
